@@ -1,0 +1,1 @@
+// The desktop simulation: window list, cursor, keyboard.

@@ -1,0 +1,27 @@
+#ifndef QUILLMARK_RUBY_RUBY_LIB_H
+#define QUILLMARK_RUBY_RUBY_LIB_H
+
+// The one includer of the interpreter's headers. Everything in the bridge includes this
+// file instead, so the macros Ruby leaks into the global namespace are undone in one place.
+//
+// Ruby's API reports errors by longjmp. A C++ object with a non-trivial destructor must
+// never be live across a call that can raise, unless the call is wrapped in rb_protect or
+// rb_ensure: its destructor would simply be skipped.
+
+#include <ruby.h>
+#include <ruby/encoding.h>
+
+#ifdef close
+#undef close
+#endif
+#ifdef read
+#undef read
+#endif
+#ifdef write
+#undef write
+#endif
+#ifdef sleep
+#undef sleep
+#endif
+
+#endif
