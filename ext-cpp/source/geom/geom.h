@@ -1,0 +1,8 @@
+#ifndef QUILLMARK_GEOM_GEOM_H
+#define QUILLMARK_GEOM_GEOM_H
+
+// Every geometry type of the library.
+#include "geom_tolerances.h"
+#include "geom_vector3.h"
+
+#endif
