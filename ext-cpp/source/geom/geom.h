@@ -3,6 +3,8 @@
 
 // Every geometry type of the library.
 #include "geom_tolerances.h"
+#include "geom_color.h"
 #include "geom_vector3.h"
+#include "geom_vector4.h"
 
 #endif
