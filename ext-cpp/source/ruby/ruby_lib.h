@@ -7,9 +7,12 @@
 // Ruby's API reports errors by longjmp. A C++ object with a non-trivial destructor must
 // never be live across a call that can raise, unless the call is wrapped in rb_protect or
 // rb_ensure: its destructor would simply be skipped.
+//
+// <ruby/encoding.h> is not included here: it brings Onigmo's regex types, which collide
+// with the POSIX <regex.h> that GoogleTest includes. Sources that need encodings include
+// ruby_encoding_lib.h, in .cpp files only.
 
 #include <ruby.h>
-#include <ruby/encoding.h>
 
 #ifdef close
 #undef close

@@ -1,0 +1,95 @@
+#include "embedded_ruby.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "ruby_handles.h"
+
+namespace qmtest {
+
+ID marker_before_init = 0;
+
+std::string take_exception(int state) {
+  if (state == 0) return std::string();
+  VALUE error = rb_errinfo();
+  rb_set_errinfo(Qnil);
+  if (NIL_P(error)) return "non-local exit (tag " + std::to_string(state) + ")";
+  VALUE name = rb_class_name(rb_obj_class(error));
+  VALUE message = rb_funcall(error, rb_intern("message"), 0);
+  return std::string(StringValueCStr(name)) + ": " +
+         std::string(RSTRING_PTR(message), RSTRING_LEN(message));
+}
+
+VALUE eval(const char* ruby_code) {
+  int state = 0;
+  VALUE result = rb_eval_string_protect(ruby_code, &state);
+  if (state != 0) {
+    ADD_FAILURE() << "Ruby raised in `" << ruby_code << "`: " << take_exception(state);
+    return Qnil;
+  }
+  return result;
+}
+
+std::string raised(const char* ruby_code) {
+  int state = 0;
+  rb_eval_string_protect(ruby_code, &state);
+  return take_exception(state);
+}
+
+}  // namespace qmtest
+
+namespace {
+
+bool env_flag(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr && std::strcmp(value, "1") == 0;
+}
+
+// Compaction between tests moves every object that is not pinned: a handle the cache
+// failed to pin, or a VALUE held where the collector cannot see it, is then stale.
+class CompactAfterEachTest : public testing::EmptyTestEventListener {
+  void OnTestEnd(testing::TestInfo const&) override {
+    qmtest::eval("GC.compact");
+    qmtest::eval("GC.verify_compaction_references(double_heap: true, toward: :empty)");
+  }
+};
+
+int die(const char* what, int state) {
+  std::fprintf(stderr, "%s: %s\n", what, qmtest::take_exception(state).c_str());
+  return 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  // Test discovery only lists names: no interpreter needed.
+  if (GTEST_FLAG_GET(list_tests)) return RUN_ALL_TESTS();
+
+  ruby_sysinit(&argc, &argv);
+  RUBY_INIT_STACK;
+  ruby_init();
+  ruby_init_loadpath();
+  // Without a script the interpreter has no $0; some libraries read it.
+  ruby_script("quillmark-tests");
+
+  int state = 0;
+  rb_eval_string_protect("$LOAD_PATH.unshift('" QUILLMARK_HOST_RUBY_DIR "'); require 'sketchup'",
+                         &state);
+  if (state != 0) return die("loading the host stand-in failed", state);
+
+  qmtest::marker_before_init = rb_intern("quillmark_tests_marker_before_init");
+  rb_protect([](VALUE) -> VALUE { RU::init_ruby(); return Qnil; }, Qnil, &state);
+  if (state != 0) return die("filling the handle cache failed", state);
+
+  if (env_flag("QM_GC_COMPACT"))
+    testing::UnitTest::GetInstance()->listeners().Append(new CompactAfterEachTest);
+  if (env_flag("QM_GC_STRESS")) qmtest::eval("GC.stress = true");
+
+  int const result = RUN_ALL_TESTS();
+  qmtest::eval("GC.stress = false");
+  return ruby_cleanup(result);
+}

@@ -1,0 +1,48 @@
+#ifndef QUILLMARK_TESTS_SUPPORT_EMBEDDED_RUBY_H
+#define QUILLMARK_TESTS_SUPPORT_EMBEDDED_RUBY_H
+
+// GoogleTest binaries linked with quillmark_test_ruby run inside a real interpreter: its
+// main() starts Ruby, loads the host stand-in, fills the handle cache and then runs the
+// tests on the interpreter's thread.
+//
+// Environment switches: QM_GC_STRESS=1 sets GC.stress = true for the whole run;
+// QM_GC_COMPACT=1 compacts the heap (and verifies references) after every test.
+
+#include <string>
+#include <type_traits>
+
+#include "ruby_lib.h"
+
+namespace qmtest {
+
+/// A symbol interned just before the harness filled the handle cache: any ID greater than it
+/// was first interned by the cache itself.
+extern ID marker_before_init;
+
+/// Evaluates Ruby code. A raise fails the current test with "Class: message" and gives nil.
+VALUE eval(const char* ruby_code);
+
+/// "" if the code ran without raising, otherwise "Class: message" of what it raised.
+std::string raised(const char* ruby_code);
+
+/// "Class: message" of the pending exception ($!) after rb_protect reported a non-zero
+/// state, and clears it. A state without an exception (throw/break) is described as such.
+std::string take_exception(int state);
+
+/// Runs f() under rb_protect: "" if it returned, "Class: message" if it raised. No C++
+/// object with a destructor may be live inside f across a call that can raise.
+template <class F>
+std::string raised_by(F&& f) {
+  using Callable = std::remove_reference_t<F>;
+  auto trampoline = [](VALUE data) -> VALUE {
+    (*reinterpret_cast<Callable*>(data))();
+    return Qnil;
+  };
+  int state = 0;
+  rb_protect(trampoline, reinterpret_cast<VALUE>(&f), &state);
+  return take_exception(state);
+}
+
+}  // namespace qmtest
+
+#endif

@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs what a fresh Debian 12 lacks to build and test Quillmark: compiler, CMake,
+# Ruby 3.1 with its headers, GoogleTest, and the tools the tests call (nm, readelf).
+# Extra package sets: `setup.sh bench` adds the benchmark peers, `setup.sh fuzz` clang.
+# Installs only what is missing; safe to run again.
+set -euo pipefail
+
+packages=(g++ make cmake binutils ruby ruby-dev libgtest-dev libgmock-dev)
+for extra in "$@"; do
+  case "$extra" in
+    bench) packages+=(libbenchmark-dev libeigen3-dev libglm-dev libtbb-dev libthread-pool-dev) ;;
+    leak) packages+=(valgrind) ;;
+    fuzz) packages+=(clang libclang-rt-14-dev) ;;
+    *) echo "setup.sh: unknown package set '$extra'" >&2; exit 2 ;;
+  esac
+done
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+echo "setup: installing ${missing[*]}"
+sudo=""
+[ "$(id -u)" -eq 0 ] || sudo="sudo"
+export DEBIAN_FRONTEND=noninteractive
+$sudo apt-get update -qq
+$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Sets up a fresh machine, then builds everything from scratch and runs every test, three
+# times: a normal build, AddressSanitizer + UndefinedBehaviorSanitizer, ThreadSanitizer.
+# Any failure stops the run with a non-zero exit.
+#
+#   scripts/test.sh [normal|asan|tsan]...   (default: all three, in that order)
+set -euo pipefail
+root="$(cd "$(dirname "$0")/.." && pwd)"
+"$root/scripts/setup.sh"
+
+jobs="$(nproc)"
+passes=("$@")
+[ ${#passes[@]} -gt 0 ] || passes=(normal asan tsan)
+
+run_pass() {
+  local name="$1" sanitize="$2" labels="$3"
+  local build="$root/build/test-$name"
+  echo "== $name: configure and build (${build#$root/})"
+  rm -rf "$build"
+  cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUILLMARK_WERROR=ON \
+    -DQUILLMARK_SANITIZE="$sanitize" >"$build.configure.log" 2>&1 ||
+    { cat "$build.configure.log"; return 1; }
+  cmake --build "$build" -j"$jobs"
+  echo "== $name: tests"
+  ctest --test-dir "$build" --output-on-failure -j"$jobs" ${labels:+-L "$labels"}
+}
+
+for pass in "${passes[@]}"; do
+  case "$pass" in
+    normal) run_pass normal "" "" ;;
+    asan) run_pass asan "address,undefined" "" ;;
+    # The threaded code and the plain C++ around it; the interpreter itself is not built
+    # for ThreadSanitizer, so the Ruby-facing tests run in the other two passes.
+    tsan) run_pass tsan "thread" "tsan" ;;
+    *) echo "test.sh: unknown pass '$pass'" >&2; exit 2 ;;
+  esac
+done
+echo "== all passes green: ${passes[*]}"
