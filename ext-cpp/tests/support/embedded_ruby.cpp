@@ -72,9 +72,16 @@ int main(int argc, char** argv) {
   ruby_sysinit(&argc, &argv);
   RUBY_INIT_STACK;
   ruby_init();
-  ruby_init_loadpath();
-  // Without a script the interpreter has no $0; some libraries read it.
-  ruby_script("quillmark-tests");
+  // Option processing also loads the core methods written in Ruby (GC.compact, GC.stress=
+  // and others) and sets the load path; the empty script it compiles is never run.
+  // Without gems: their NameError#message decorations walk Ruby frames that an exception
+  // raised from C under rb_protect does not have.
+  char program[] = "quillmark-tests";
+  char no_gems[] = "--disable-gems";
+  char execute[] = "-e";
+  char script[] = "";
+  char* options[] = {program, no_gems, execute, script};
+  ruby_options(4, options);
 
   int state = 0;
   rb_eval_string_protect("$LOAD_PATH.unshift('" QUILLMARK_HOST_RUBY_DIR "'); require 'sketchup'",
@@ -91,5 +98,6 @@ int main(int argc, char** argv) {
 
   int const result = RUN_ALL_TESTS();
   qmtest::eval("GC.stress = false");
-  return ruby_cleanup(result);
+  ruby_cleanup(0);
+  return result;
 }
