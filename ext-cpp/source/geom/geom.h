@@ -6,5 +6,7 @@
 #include "geom_color.h"
 #include "geom_vector3.h"
 #include "geom_vector4.h"
+#include "geom_vector2.h"
+#include "geom_queries.h"
 
 #endif
