@@ -1,0 +1,86 @@
+#ifndef QUILLMARK_GEOM_BOUNDING_BOX3_H
+#define QUILLMARK_GEOM_BOUNDING_BOX3_H
+
+#include <cstddef>
+#include <type_traits>
+
+#include "geom_vector3.h"
+
+namespace Geom {
+
+/// An axis-aligned box: min and max hold the smallest and largest coordinate on each axis.
+/// The empty box holds the opposite extremes (min = 1e15, max = -1e15) so that the first
+/// point added becomes both corners. min <= max is not enforced: the two-corner constructor
+/// and intersect store what they are given or compute. Point, box and ray tests are strict:
+/// a point on a face is not inside, boxes that only touch do not intersect.
+struct BoundingBox3 {
+  Vector3 min;
+  Vector3 max;
+
+  static constexpr double MIN_VALUE = -1e15;
+  static constexpr double MAX_VALUE = 1e15;
+
+  /// The empty box.
+  constexpr BoundingBox3() noexcept : min(MAX_VALUE), max(MIN_VALUE) {}
+  /// The corners exactly as passed, not reordered.
+  constexpr BoundingBox3(Vector3 const& min_, Vector3 const& max_) noexcept
+      : min(min_), max(max_) {}
+  BoundingBox3(BoundingBox3 const&) noexcept = default;
+  BoundingBox3& operator=(BoundingBox3 const&) noexcept = default;
+
+  BoundingBox3& add(Vector3 const& p) noexcept {
+    if (min.x > p.x) min.x = p.x;
+    if (min.y > p.y) min.y = p.y;
+    if (min.z > p.z) min.z = p.z;
+    if (p.x > max.x) max.x = p.x;
+    if (p.y > max.y) max.y = p.y;
+    if (p.z > max.z) max.z = p.z;
+    return *this;
+  }
+  /// Grows to cover b as well; adding the empty box changes nothing.
+  BoundingBox3& add(BoundingBox3 const& b) noexcept;
+  /// Lowers min by lo and raises max by hi per axis; lo never raises min, hi never lowers max.
+  BoundingBox3& add(Vector3 const& lo, Vector3 const& hi) noexcept;
+  /// Scales about the centre, computed from min alone: an inverted box stays inverted for s > 0.
+  BoundingBox3& scale_self(double s) noexcept;
+  BoundingBox3 scale(double s) const noexcept { return BoundingBox3(*this).scale_self(s); }
+  /// Moves every face outward by d (inward for a negative d).
+  BoundingBox3& pad_self(double d) noexcept {
+    min -= Vector3(d);
+    max += Vector3(d);
+    return *this;
+  }
+  /// Makes the box empty.
+  void clear() noexcept { *this = BoundingBox3(); }
+
+  /// Strictly inside on every axis.
+  bool contains(Vector3 const& p) const noexcept;
+  /// Overlap with positive volume on every axis.
+  bool intersects(BoundingBox3 const& b) const noexcept;
+  /// Positive extent on every axis and strictly inside b; a flat or empty box is never within.
+  bool within(BoundingBox3 const& b) const noexcept;
+  /// The overlap of the two boxes into out; boxes that are apart give min > max on some axis.
+  void intersect(BoundingBox3 const& b, BoundingBox3& out) const noexcept;
+  /// Corner 0 to 7: bit 0 picks x, bit 1 y, bit 2 z, each from max when set, min when clear.
+  /// Throws std::out_of_range for an index above 7.
+  Vector3 corner(unsigned long index) const;
+  /// Whether the half-line origin + t direction, t > 0, passes through the interior. A ray
+  /// through an edge or corner only, or running in a face's plane, misses; the direction
+  /// need not be unit, and its components of 1e-6 or less (absolute) count as zero.
+  bool intersects_ray(Vector3 const& origin, Vector3 const& direction) const noexcept;
+  /// As above after turning the direction toward the box's centre by at most max_angle
+  /// radians. Always false for a box with min > max on any axis.
+  bool intersects_ray(Vector3 const& origin, Vector3 const& direction,
+                      double max_angle) const noexcept;
+};
+
+static_assert(sizeof(BoundingBox3) == 6 * sizeof(double), "BoundingBox3 must be six doubles");
+static_assert(std::is_standard_layout<BoundingBox3>::value &&
+                  offsetof(BoundingBox3, max) == 3 * sizeof(double),
+              "BoundingBox3 must be laid out as min then max");
+static_assert(std::is_trivially_copyable<BoundingBox3>::value,
+              "BoundingBox3 must copy as raw bytes");
+
+}  // namespace Geom
+
+#endif

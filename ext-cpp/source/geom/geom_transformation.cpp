@@ -1,0 +1,209 @@
+#include "geom_transformation.h"
+
+#include <cmath>
+
+namespace Geom {
+
+// Constant-initialised: the constructor is constexpr, so the identity sits in read-only
+// data and no start-up code has to run before it can be read.
+const Transformation Transformation::IDENTITY = Transformation();
+
+namespace {
+
+// The rotation matrix of the quaternion (w, x, y, z), used as passed (not normalised),
+// written into the xyz of the three axis columns; their w become 0.
+void set_rotation_from_quaternion(Transformation& t, double w, double x, double y,
+                                  double z) noexcept {
+  double const x2 = x * 2.0;
+  double const y2 = y * 2.0;
+  double const z2 = z * 2.0;
+  double const xx = x * x2;
+  double const yy = y * y2;
+  double const zz = z * z2;
+  double const xy = x2 * y;
+  double const xz = x2 * z;
+  double const yz = y2 * z;
+  double const wx = x2 * w;
+  double const wy = y2 * w;
+  double const wz = z2 * w;
+  t.x_axis = Vector4(1.0 - yy - zz, xy + wz, xz - wy, 0.0);
+  t.y_axis = Vector4(xy - wz, 1.0 - xx - zz, yz + wx, 0.0);
+  t.z_axis = Vector4(xz + wy, yz - wx, 1.0 - xx - yy, 0.0);
+}
+
+}  // namespace
+
+Transformation::Transformation(Vector3 const& origin_, Vector3 const& normal) noexcept
+    : x_axis(),
+      y_axis(),
+      z_axis(normal.x, normal.y, normal.z, 0.0),
+      origin(origin_.x, origin_.y, origin_.z, 1.0) {
+  z_axis.set_length(1.0);
+  // Z_AXIS x n is a usable first axis unless the normal lies (nearly) along z, where
+  // Y_AXIS x n takes over.
+  if (std::abs(normal.z) < PARALLEL_COSINE) {
+    x_axis = Vector3(-normal.y, normal.x, 0.0);
+  } else {
+    x_axis = Vector3(normal.z, 0.0, -normal.x);
+  }
+  x_axis.set_length(1.0);
+  y_axis = z_axis.cross(x_axis);
+  y_axis.set_length(1.0);
+}
+
+Transformation::Transformation(Vector3 const& point, Vector3 const& axis,
+                               double angle) noexcept
+    : x_axis(), y_axis(), z_axis(), origin() {
+  double const half = angle * 0.5;
+  double const sh = std::sin(half);
+  double const ch = std::cos(half);
+  set_rotation_from_quaternion(*this, ch, sh * axis.x, sh * axis.y, sh * axis.z);
+  // With the translation still zero and the weight 1, transform_vector gives R (-point).
+  origin.w = 1.0;
+  origin = transform_vector(point.reverse());
+}
+
+Transformation Transformation::rotate(Vector3 const& axis, double angle) noexcept {
+  double const s = std::sin(angle);
+  double const c = std::cos(angle);
+  double const u = 1.0 - c;
+  double const x = axis.x;
+  double const y = axis.y;
+  double const z = axis.z;
+  return Transformation(Vector4(x * x * u + c, x * y * u + z * s, x * z * u - y * s, 0.0),
+                        Vector4(x * y * u - z * s, y * y * u + c, y * z * u + x * s, 0.0),
+                        Vector4(x * z * u + y * s, y * z * u - x * s, z * z * u + c, 0.0),
+                        Vector4(0.0, 0.0, 0.0, 1.0));
+}
+
+Transformation Transformation::rotatex(double angle) noexcept {
+  double const s = std::sin(angle);
+  double const c = std::cos(angle);
+  return Transformation(Vector4(1.0, 0.0, 0.0, 0.0), Vector4(0.0, c, s, 0.0),
+                        Vector4(0.0, -s, c, 0.0), Vector4(0.0, 0.0, 0.0, 1.0));
+}
+
+Transformation Transformation::rotatey(double angle) noexcept {
+  double const s = std::sin(angle);
+  double const c = std::cos(angle);
+  return Transformation(Vector4(c, 0.0, -s, 0.0), Vector4(0.0, 1.0, 0.0, 0.0),
+                        Vector4(s, 0.0, c, 0.0), Vector4(0.0, 0.0, 0.0, 1.0));
+}
+
+Transformation Transformation::rotatez(double angle) noexcept {
+  double const s = std::sin(angle);
+  double const c = std::cos(angle);
+  return Transformation(Vector4(c, s, 0.0, 0.0), Vector4(-s, c, 0.0, 0.0),
+                        Vector4(0.0, 0.0, 1.0, 0.0), Vector4(0.0, 0.0, 0.0, 1.0));
+}
+
+Vector3 Transformation::normal_origin() const noexcept {
+  if (std::abs(origin.w) > LENGTH_EPSILON) return Vector3(origin) * (1.0 / origin.w);
+  return origin;
+}
+
+Transformation Transformation::inverse() const noexcept {
+  double const* m = data();
+  // The adjugate: a[4c + r] is the cofactor of M at row c, column r, each written out as
+  // the six signed triple products of its 3x3 minor. No pivoting: the result is a fixed
+  // expression of the 16 inputs, the same on every machine.
+  double a[16];
+  a[0] = m[5] * m[10] * m[15] + m[9] * m[14] * m[7] + m[13] * m[6] * m[11] -
+         m[5] * m[14] * m[11] - m[9] * m[6] * m[15] - m[13] * m[10] * m[7];
+  a[1] = m[1] * m[14] * m[11] + m[9] * m[2] * m[15] + m[13] * m[10] * m[3] -
+         m[1] * m[10] * m[15] - m[9] * m[14] * m[3] - m[13] * m[2] * m[11];
+  a[2] = m[1] * m[6] * m[15] + m[5] * m[14] * m[3] + m[13] * m[2] * m[7] -
+         m[1] * m[14] * m[7] - m[5] * m[2] * m[15] - m[13] * m[6] * m[3];
+  a[3] = m[1] * m[10] * m[7] + m[5] * m[2] * m[11] + m[9] * m[6] * m[3] -
+         m[1] * m[6] * m[11] - m[5] * m[10] * m[3] - m[9] * m[2] * m[7];
+  a[4] = m[4] * m[14] * m[11] + m[8] * m[6] * m[15] + m[12] * m[10] * m[7] -
+         m[4] * m[10] * m[15] - m[8] * m[14] * m[7] - m[12] * m[6] * m[11];
+  a[5] = m[0] * m[10] * m[15] + m[8] * m[14] * m[3] + m[12] * m[2] * m[11] -
+         m[0] * m[14] * m[11] - m[8] * m[2] * m[15] - m[12] * m[10] * m[3];
+  a[6] = m[0] * m[14] * m[7] + m[4] * m[2] * m[15] + m[12] * m[6] * m[3] -
+         m[0] * m[6] * m[15] - m[4] * m[14] * m[3] - m[12] * m[2] * m[7];
+  a[7] = m[0] * m[6] * m[11] + m[4] * m[10] * m[3] + m[8] * m[2] * m[7] -
+         m[0] * m[10] * m[7] - m[4] * m[2] * m[11] - m[8] * m[6] * m[3];
+  a[8] = m[4] * m[9] * m[15] + m[8] * m[13] * m[7] + m[12] * m[5] * m[11] -
+         m[4] * m[13] * m[11] - m[8] * m[5] * m[15] - m[12] * m[9] * m[7];
+  a[9] = m[0] * m[13] * m[11] + m[8] * m[1] * m[15] + m[12] * m[9] * m[3] -
+         m[0] * m[9] * m[15] - m[8] * m[13] * m[3] - m[12] * m[1] * m[11];
+  a[10] = m[0] * m[5] * m[15] + m[4] * m[13] * m[3] + m[12] * m[1] * m[7] -
+          m[0] * m[13] * m[7] - m[4] * m[1] * m[15] - m[12] * m[5] * m[3];
+  a[11] = m[0] * m[9] * m[7] + m[4] * m[1] * m[11] + m[8] * m[5] * m[3] -
+          m[0] * m[5] * m[11] - m[4] * m[9] * m[3] - m[8] * m[1] * m[7];
+  a[12] = m[4] * m[13] * m[10] + m[8] * m[5] * m[14] + m[12] * m[9] * m[6] -
+          m[4] * m[9] * m[14] - m[8] * m[13] * m[6] - m[12] * m[5] * m[10];
+  a[13] = m[0] * m[9] * m[14] + m[8] * m[13] * m[2] + m[12] * m[1] * m[10] -
+          m[0] * m[13] * m[10] - m[8] * m[1] * m[14] - m[12] * m[9] * m[2];
+  a[14] = m[0] * m[13] * m[6] + m[4] * m[1] * m[14] + m[12] * m[5] * m[2] -
+          m[0] * m[5] * m[14] - m[4] * m[13] * m[2] - m[12] * m[1] * m[6];
+  a[15] = m[0] * m[5] * m[10] + m[4] * m[9] * m[2] + m[8] * m[1] * m[6] -
+          m[0] * m[9] * m[6] - m[4] * m[1] * m[10] - m[8] * m[5] * m[2];
+
+  // Expansion along M's first column, w included.
+  double const det = m[0] * a[0] + m[1] * a[4] + m[2] * a[8] + m[3] * a[12];
+  // An absolute threshold, so a near-singular matrix inverts to zeros rather than to huge
+  // values; the comparison must stay strict so that |det| = 1e-6 is singular too.
+  double const g = std::abs(det) > LENGTH_EPSILON ? 1.0 / det : 0.0;
+  for (double& e : a) e *= g;
+  return Transformation(a);
+}
+
+Vector3 Transformation::scale() const noexcept {
+  // Unlike the homogeneous factor, an unusable weight divides by 1, not by 0.
+  double const k = std::abs(origin.w) > LENGTH_EPSILON ? 1.0 / origin.w : 1.0;
+  return Vector3(x_axis.length() * k, y_axis.length() * k, z_axis.length() * k);
+}
+
+Transformation& Transformation::scale(Vector3 const& s) noexcept {
+  x_axis.set_length(s.x);
+  y_axis.set_length(s.y);
+  z_axis.set_length(s.z);
+  if (std::abs(origin.w) > LENGTH_EPSILON) origin.scale_self(1.0 / origin.w);
+  origin.w = 1.0;
+  return *this;
+}
+
+Transformation& Transformation::normalize_self() noexcept {
+  x_axis.set_length(1.0);
+  y_axis.set_length(1.0);
+  z_axis.set_length(1.0);
+  if (std::abs(origin.w) > LENGTH_EPSILON) origin.scale_self(1.0 / origin.w);
+  x_axis.w = 0.0;
+  y_axis.w = 0.0;
+  z_axis.w = 0.0;
+  origin.w = 1.0;
+  return *this;
+}
+
+Transformation Transformation::normalize() const noexcept {
+  Vector3 o = origin;
+  if (std::abs(origin.w) > LENGTH_EPSILON) o.scale_self(1.0 / origin.w);
+  return Transformation(x_axis.normalize(), y_axis.normalize(), z_axis.normalize(), o);
+}
+
+Transformation& Transformation::scale_axes_self(Vector3 const& s) noexcept {
+  x_axis.scale_self(s.x);
+  y_axis.scale_self(s.y);
+  z_axis.scale_self(s.z);
+  return *this;
+}
+
+Transformation Transformation::scale_axes(Vector3 const& s) const noexcept {
+  // Through Vector3: the new axes' w are 0, not the old ones scaled.
+  return Transformation(Vector3(x_axis) * s.x, Vector3(y_axis) * s.y, Vector3(z_axis) * s.z,
+                        Vector3(origin));
+}
+
+void Transformation::extract_w_factor() noexcept {
+  if (!(std::abs(origin.w) > LENGTH_EPSILON)) return;
+  double const g = 1.0 / origin.w;
+  x_axis.scale_self(g);
+  y_axis.scale_self(g);
+  z_axis.scale_self(g);
+  origin.scale_self(g);
+  origin.w = 1.0;
+}
+
+}  // namespace Geom
