@@ -31,6 +31,9 @@ typedef struct __CGEventSource* CGEventSourceRef;
 enum {
   kCGWindowListOptionAll = 0,
   kCGWindowListOptionOnScreenOnly = 1,
+  kCGWindowListOptionOnScreenAboveWindow = 2,
+  kCGWindowListOptionOnScreenBelowWindow = 4,
+  kCGWindowListOptionIncludingWindow = 8,
   kCGWindowListExcludeDesktopElements = 16
 };
 
@@ -41,10 +44,13 @@ enum { kCGErrorSuccess = 0, kCGErrorFailure = 1000, kCGErrorIllegalArgument = 10
 /// Keys of the dictionaries in a window list; their values answer ns_integer_value.
 DESKTOP_API extern const CFStringRef kCGWindowOwnerPID;
 DESKTOP_API extern const CFStringRef kCGWindowNumber;
+DESKTOP_API extern const CFStringRef kCGWindowLayer;
 
 /// A new list (release it with CFRelease) of one dictionary per window, front to back,
 /// filtered by option; relativeToWindow must be kCGNullWindowID, the only mode simulated.
-/// Null when the window server gives no list.
+/// Null when the window server gives no list. Only kCGWindowListOptionOnScreenOnly and
+/// kCGWindowListExcludeDesktopElements are simulated: any other option bit, or a window to
+/// list relative to, aborts rather than answer with a list the platform would not give.
 DESKTOP_API CFArrayRef CGWindowListCopyWindowInfo(CGWindowListOption option,
                                                   CGWindowID relativeToWindow);
 

@@ -1,0 +1,106 @@
+// Making the host's main document window key, against scripted desktops. The function needs
+// no running interpreter: it only answers Qtrue or Qfalse.
+
+#include <random>
+#include <vector>
+
+#include "desktop_fixture.h"
+#include "sketchup_window.h"
+
+namespace {
+
+class WindowActivationTest : public DesktopTest {
+ protected:
+  // Activates, and checks what must hold after any call: the copied list was released and
+  // at most one window was touched.
+  static bool activate() {
+    long const live = desktop_live_cf_objects();
+    VALUE const answer = Orvex::Sketchup::rbf_activate_main_window(Qnil);
+    EXPECT_TRUE(answer == Qtrue || answer == Qfalse);
+    EXPECT_EQ(desktop_live_cf_objects(), live) << "the window list was not released";
+    EXPECT_EQ(desktop_call_count(DESKTOP_CALL_MAKE_KEY_WINDOW), answer == Qtrue ? 1 : 0);
+    return answer == Qtrue;
+  }
+};
+
+TEST_F(WindowActivationTest, NoWindowOfThisProcessThatQualifiesGivesFalse) {
+  struct Desktop {
+    const char* what;
+    void (*build)();
+  };
+  const Desktop desktops[] = {
+      {"empty desktop", [] {}},
+      {"other processes' main windows",
+       [] {
+         add_foreign(1, 0, MAIN_WINDOW);
+         add_foreign(2, 0, MAIN_WINDOW);
+       }},
+      {"palette without toolbar", [] { add_own(1, 0, MAIN_WINDOW & ~DESKTOP_WINDOW_TOOLBAR); }},
+      {"floating panel", [] { add_own(1, 3, MAIN_WINDOW); }},
+      {"level below normal", [] { add_own(1, -1, MAIN_WINDOW); }},
+      {"unknown to the application",
+       [] { add_own(1, 0, MAIN_WINDOW & ~DESKTOP_WINDOW_KNOWN_TO_APP); }},
+      {"off screen", [] { add_own(1, 0, MAIN_WINDOW & ~DESKTOP_WINDOW_ON_SCREEN); }},
+      {"desktop element", [] { add_own(1, 0, MAIN_WINDOW | DESKTOP_WINDOW_DESKTOP_ELEMENT); }},
+  };
+  for (const auto& desktop : desktops) {
+    SCOPED_TRACE(desktop.what);
+    desktop_reset();
+    desktop.build();
+    EXPECT_FALSE(activate());
+    EXPECT_EQ(desktop_key_window_number(), 0u);
+  }
+}
+
+TEST_F(WindowActivationTest, NoListAtAllGivesFalse) {
+  add_own(1, 0, MAIN_WINDOW);
+  desktop_set_no_window_list(1);
+  EXPECT_FALSE(activate());
+  EXPECT_EQ(desktop_key_window_number(), 0u);
+  EXPECT_EQ(desktop_call_count(DESKTOP_CALL_COPY_WINDOW_LIST), 1);
+}
+
+TEST_F(WindowActivationTest, PalettesPanelsAndOtherProcessesArePassedOver) {
+  add_own(10, 0, MAIN_WINDOW & ~DESKTOP_WINDOW_TOOLBAR);  // palette, frontmost
+  add_own(11, 8, MAIN_WINDOW);                            // floating panel
+  add_foreign(12, 0, MAIN_WINDOW);                        // another application's document
+  add_own(13, 0, MAIN_WINDOW);                            // the main document window
+  add_own(14, 0, MAIN_WINDOW);                            // a second document, further back
+  EXPECT_TRUE(activate());
+  EXPECT_EQ(desktop_key_window_number(), 13u);
+}
+
+// Random desktops against the rule written out independently: the first window in
+// front-to-back order that is this process's, on screen, not a desktop element, known to
+// the application, with a toolbar, at level 0.
+TEST_F(WindowActivationTest, RandomDesktopsMakeTheFirstQualifyingWindowKey) {
+  std::mt19937 random(20240611);
+  const long levels[] = {-1, 0, 0, 0, 3, 24};
+  int activated = 0;
+  for (int round = 0; round < 300; ++round) {
+    desktop_reset();
+    unsigned int expected = 0;
+    int const windows = static_cast<int>(random() % 7);
+    for (int w = 0; w < windows; ++w) {
+      unsigned int const number = 100u - static_cast<unsigned int>(w);
+      bool const own = random() % 3 != 0;
+      int const flags = static_cast<int>(random() % 16);
+      long const level = levels[random() % 6];
+      ASSERT_EQ(desktop_add_window(own ? getpid() : getpid() + 1, number, level, flags), 1);
+      bool const qualifies = own && (flags & DESKTOP_WINDOW_ON_SCREEN) &&
+                             !(flags & DESKTOP_WINDOW_DESKTOP_ELEMENT) &&
+                             (flags & DESKTOP_WINDOW_KNOWN_TO_APP) &&
+                             (flags & DESKTOP_WINDOW_TOOLBAR) && level == 0;
+      if (qualifies && expected == 0) expected = number;
+    }
+    SCOPED_TRACE(round);
+    EXPECT_EQ(activate(), expected != 0);
+    EXPECT_EQ(desktop_key_window_number(), expected);
+    activated += expected != 0;
+  }
+  // The draw must exercise both answers, or the property says little.
+  EXPECT_GT(activated, 20);
+  EXPECT_LT(activated, 280);
+}
+
+}  // namespace
