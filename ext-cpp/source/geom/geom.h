@@ -3,6 +3,7 @@
 
 // Every geometry type of the library.
 #include "geom_tolerances.h"
+#include "geom_aligned_bounding_box2.h"
 #include "geom_bounding_box3.h"
 #include "geom_color.h"
 #include "geom_queries.h"
