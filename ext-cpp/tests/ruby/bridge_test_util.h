@@ -1,0 +1,29 @@
+#ifndef QUILLMARK_TESTS_RUBY_BRIDGE_TEST_UTIL_H
+#define QUILLMARK_TESTS_RUBY_BRIDGE_TEST_UTIL_H
+
+// Small helpers for the conversion tests: values cross into Ruby code through global
+// variables, which also keeps them marked while the test holds them.
+
+#include <string>
+
+#include "embedded_ruby.h"
+
+namespace qmtest {
+
+/// Binds `value` to the Ruby global `name` ("$x") and answers it.
+inline VALUE let(const char* name, VALUE value) {
+  rb_gv_set(name, value);
+  return value;
+}
+
+/// Whether Ruby code evaluates to something truthy; a raise fails the test.
+inline bool truthy(const char* ruby_code) { return RTEST(eval(ruby_code)); }
+
+/// The raw bytes of a Ruby String.
+inline std::string bytes_of(VALUE string) {
+  return std::string(RSTRING_PTR(string), static_cast<size_t>(RSTRING_LEN(string)));
+}
+
+}  // namespace qmtest
+
+#endif
