@@ -1,0 +1,190 @@
+#include "ruby_attributes.h"
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <type_traits>
+
+#include "fatal_assert.h"
+#include "ruby_entities.h"
+
+namespace RU {
+
+namespace {
+
+// Finds the first dictionary of entity named name: SU_ERROR_NONE with *found, SU_ERROR_NO_DATA,
+// or the code of a failing call that stops the search.
+SUResult find_dictionary(SUEntityRef entity, const char* name, SUAttributeDictionaryRef* found) {
+  size_t count = 0;
+  SUResult result = SUEntityGetNumAttributeDictionaries(entity, &count);
+  if (result != SU_ERROR_NONE) return result;
+  if (count == 0) return SU_ERROR_NO_DATA;
+  Buffer<SUAttributeDictionaryRef> dictionaries(count);
+  result = SUEntityGetAttributeDictionaries(entity, count, dictionaries.data, &count);
+  if (result != SU_ERROR_NONE) return result;
+  SUStringRef dictionary_name = SU_INVALID;
+  result = SUStringCreate(&dictionary_name);
+  if (result != SU_ERROR_NONE) return result;
+
+  bool matched = false;
+  for (size_t i = 0; i < count && !matched; ++i) {
+    char* candidate = nullptr;
+    // A dictionary whose name cannot be read cannot be the one wanted; the search goes on.
+    if (SUAttributeDictionaryGetName(dictionaries.data[i], &dictionary_name) != SU_ERROR_NONE) continue;
+    if (csu_to_c_str_utf8(dictionary_name, &candidate) != SU_ERROR_NONE) continue;
+    matched = std::strcmp(candidate, name) == 0;
+    delete[] candidate;
+    if (matched) *found = dictionaries.data[i];
+  }
+  SUStringRelease(&dictionary_name);
+  return matched ? SU_ERROR_NONE : SU_ERROR_NO_DATA;
+}
+
+// Truncation toward zero into Int. Int's minimum, -2^(bits-1), is exact in a double, and so is
+// its negation, the first value past the maximum; NaN fails both tests.
+template <class Int>
+Int truncate_to(double value) {
+  constexpr double lowest = static_cast<double>(std::numeric_limits<Int>::min());
+  const double truncated = std::trunc(value);
+  if (!(truncated >= lowest && truncated < -lowest)) return std::numeric_limits<Int>::min();
+  return static_cast<Int>(truncated);
+}
+
+template <class Target>
+Target convert(double value) {
+  if constexpr (std::is_integral_v<Target>) {
+    return truncate_to<Target>(value);
+  } else {
+    return value;
+  }
+}
+
+// Reads a Byte, Short, Int32, Float or Double with the getter of its stored type and converts
+// it to Target; out is written only on success.
+template <class Target>
+SUResult read_number(SUTypedValueRef value, Target* out) {
+  SUTypedValueType type = SUTypedValueType_Empty;
+  SUResult result = SUTypedValueGetType(value, &type);
+  if (result != SU_ERROR_NONE) return result;
+  switch (type) {
+    case SUTypedValueType_Byte: {
+      char byte = 0;
+      result = SUTypedValueGetByte(value, &byte);
+      if (result == SU_ERROR_NONE) *out = static_cast<Target>(static_cast<signed char>(byte));
+      return result;
+    }
+    case SUTypedValueType_Short: {
+      int16_t number = 0;
+      result = SUTypedValueGetInt16(value, &number);
+      if (result == SU_ERROR_NONE) *out = static_cast<Target>(number);
+      return result;
+    }
+    case SUTypedValueType_Int32: {
+      int32_t number = 0;
+      result = SUTypedValueGetInt32(value, &number);
+      if (result == SU_ERROR_NONE) *out = static_cast<Target>(number);
+      return result;
+    }
+    case SUTypedValueType_Float: {
+      float number = 0.0f;
+      result = SUTypedValueGetFloat(value, &number);
+      if (result == SU_ERROR_NONE) *out = convert<Target>(static_cast<double>(number));
+      return result;
+    }
+    case SUTypedValueType_Double: {
+      double number = 0.0;
+      result = SUTypedValueGetDouble(value, &number);
+      if (result == SU_ERROR_NONE) *out = convert<Target>(number);
+      return result;
+    }
+    default:
+      return SU_ERROR_INVALID_INPUT;
+  }
+}
+
+}  // namespace
+
+SUResult csu_to_c_str_utf8(SUStringRef string, char** out) {
+  *out = nullptr;
+  size_t length = 0;
+  SUResult result = SUStringGetUTF8Length(string, &length);
+  if (result != SU_ERROR_NONE) return result;
+  char* buffer = new (std::nothrow) char[length + 1];
+  QM_ASSERT(buffer != nullptr);
+  *out = buffer;
+  size_t written = 0;
+  result = SUStringGetUTF8(string, length + 1, buffer, &written);
+  if (result != SU_ERROR_NONE) {
+    delete[] buffer;
+    *out = nullptr;
+  }
+  return result;
+}
+
+SUResult csu_entity_get_dictionary(SUEntityRef entity, const char* name, SUAttributeDictionaryRef* dictionary) {
+  return find_dictionary(entity, name, dictionary);
+}
+
+SUResult csu_entity_get_attribute(SUEntityRef entity, const char* dictionary_name, const char* key,
+                                  SUTypedValueRef* value) {
+  SUAttributeDictionaryRef dictionary = SU_INVALID;
+  const SUResult result = find_dictionary(entity, dictionary_name, &dictionary);
+  if (result != SU_ERROR_NONE) return result;
+  return SUAttributeDictionaryGetValue(dictionary, key, value);
+}
+
+SUResult csu_typed_value_to_vector3d(SUTypedValueRef value, Geom::Vector3& out) {
+  SUTypedValueType type = SUTypedValueType_Empty;
+  SUResult result = SUTypedValueGetType(value, &type);
+  if (result != SU_ERROR_NONE) return result;
+  if (type == SUTypedValueType_Vector3D) return SUTypedValueGetVector3d(value, &out.x);
+  if (type != SUTypedValueType_Array) return SU_ERROR_INVALID_INPUT;
+
+  size_t count = 0;
+  result = SUTypedValueGetNumArrayItems(value, &count);
+  if (result != SU_ERROR_NONE) return result;
+  if (count < 3) return SU_ERROR_INVALID_INPUT;
+  SUTypedValueRef items[3] = {SU_INVALID, SU_INVALID, SU_INVALID};
+  result = SUTypedValueGetArrayItems(value, 3, items, &count);
+  if (result != SU_ERROR_NONE) return result;
+  if (count != 3) return SU_ERROR_GENERIC;
+  result = SUTypedValueGetDouble(items[0], &out.x);
+  if (result != SU_ERROR_NONE) return result;
+  result = SUTypedValueGetDouble(items[1], &out.y);
+  if (result != SU_ERROR_NONE) return result;
+  return SUTypedValueGetDouble(items[2], &out.z);
+}
+
+SUResult csu_typed_value_to_int32_t(SUTypedValueRef value, int* out) { return read_number(value, out); }
+
+SUResult csu_typed_value_to_int64_t(SUTypedValueRef value, long long* out) { return read_number(value, out); }
+
+SUResult csu_typed_value_to_double(SUTypedValueRef value, double* out) { return read_number(value, out); }
+
+SUResult csu_typed_value_to_treal(SUTypedValueRef value, double* out) { return read_number(value, out); }
+
+SUResult csu_typed_value_to_bool(SUTypedValueRef value, bool* out) {
+  SUTypedValueType type = SUTypedValueType_Empty;
+  const SUResult result = SUTypedValueGetType(value, &type);
+  if (result != SU_ERROR_NONE) return result;
+  if (type != SUTypedValueType_Bool) return SU_ERROR_INVALID_INPUT;
+  return SUTypedValueGetBool(value, out);
+}
+
+SUResult csu_typed_value_to_c_str_utf8(SUTypedValueRef value, char** out) {
+  *out = nullptr;
+  SUTypedValueType type = SUTypedValueType_Empty;
+  SUResult result = SUTypedValueGetType(value, &type);
+  if (result != SU_ERROR_NONE) return result;
+  if (type != SUTypedValueType_String) return SU_ERROR_INVALID_INPUT;
+  SUStringRef string = SU_INVALID;
+  result = SUStringCreate(&string);
+  if (result != SU_ERROR_NONE) return result;
+  result = SUTypedValueGetString(value, &string);
+  if (result == SU_ERROR_NONE) result = csu_to_c_str_utf8(string, out);
+  SUStringRelease(&string);
+  return result;
+}
+
+}  // namespace RU
