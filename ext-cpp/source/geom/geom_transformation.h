@@ -10,6 +10,8 @@
 
 namespace Geom {
 
+struct Quaternion;
+
 /// A 4x4 transformation in double precision, stored as 16 doubles column-major: element
 /// m[4c + r] is row r of column c, and the columns are x_axis, y_axis, z_axis, origin (the
 /// order in which the host passes its 16-element arrays). A point p maps to M (p, 1):
@@ -136,6 +138,31 @@ struct Transformation {
   /// Divides the xyz of all four columns by a usable weight and sets it to 1; does nothing
   /// when |m[15]| <= 1e-6. The axes' w are not touched.
   void extract_w_factor() noexcept;
+
+  // Quaternion rotation, axis alignment and interpolation.
+
+  /// Axes from the rotation matrix of q, used as passed (a non-unit q gives axes that are
+  /// not unit length); origin (position, 1). Needs geom_quaternion.h to call.
+  Transformation(Quaternion const& q, Vector3 position) noexcept;
+
+  /// This frame turned as a whole so that its x axis points along direction; axis lengths,
+  /// origin and weight kept. Unchanged when the x axis already points that way (cosine
+  /// above 0.9999995); an opposite direction is reached by a half turn about the y axis.
+  Transformation rotate_xaxis_to(Vector3 const& direction) const noexcept;
+  /// As rotate_xaxis_to for the y axis; an opposite direction turns about the z axis.
+  Transformation rotate_yaxis_to(Vector3 const& direction) const noexcept;
+  /// As rotate_xaxis_to for the z axis; an opposite direction turns about the x axis.
+  Transformation rotate_zaxis_to(Vector3 const& direction) const noexcept;
+
+  /// The frame between this (t = 0) and other (t = 1): the z axis swings toward other's
+  /// about one pivot, the frame twists about the moving z axis, and axis lengths (divided
+  /// by the weights) and origins are interpolated linearly. t is not clamped. The result
+  /// is right-handed (y = z × x) with axes' w 0 and weight 1, even for mirrored inputs.
+  Transformation uniform_transition_to(Transformation const& other, double t) const noexcept;
+  /// The same swing and twist for frames used as stored: no length or weight handling, so
+  /// it reproduces other at t = 1 only for unit, right-handed frames.
+  Transformation uniform_normal_transition_to(Transformation const& other,
+                                              double t) const noexcept;
 };
 
 static_assert(sizeof(Transformation) == 16 * sizeof(double),

@@ -1,0 +1,69 @@
+#ifndef QUILLMARK_GEOM_QUATERNION_H
+#define QUILLMARK_GEOM_QUATERNION_H
+
+#include <type_traits>
+
+#include "geom_transformation.h"
+#include "geom_vector3.h"
+
+namespace Geom {
+
+/// A rotation quaternion (w, x, y, z), scalar first. The unit quaternion
+/// (cos(θ/2), sin(θ/2) k) is the right-handed rotation by θ radians about the unit axis k,
+/// the same sense as Transformation::rotate. Nothing keeps it at unit length except
+/// normalize and normalize_self.
+struct Quaternion {
+  double w;
+  double x;
+  double y;
+  double z;
+
+  /// For an axis index i (0 = x, 1 = y, 2 = z), the next axis in cyclic order.
+  static constexpr int QIndex[3] = {1, 2, 0};
+
+  /// The identity rotation (1, 0, 0, 0).
+  constexpr Quaternion() noexcept : w(1.0), x(0.0), y(0.0), z(0.0) {}
+  constexpr Quaternion(double w_, double x_, double y_, double z_) noexcept
+      : w(w_), x(x_), y(y_), z(z_) {}
+  /// Rotation by angle about axis, the axis used as passed (not normalised).
+  Quaternion(Vector3 const& axis, double angle) noexcept;
+  /// The rotation of m's 3×3 block; origin and w row are ignored. The block is assumed to
+  /// be a pure rotation: one that carries scale gives a quaternion that is not unit length.
+  explicit Quaternion(Transformation const& m) noexcept;
+  Quaternion(Quaternion const&) noexcept = default;
+  Quaternion& operator=(Quaternion const&) noexcept = default;
+
+  Quaternion& scale_self(double k) noexcept {
+    w *= k;
+    x *= k;
+    y *= k;
+    z *= k;
+    return *this;
+  }
+  Quaternion scale(double k) const noexcept { return Quaternion(*this).scale_self(k); }
+  /// Unit length; a quaternion whose squared length is at or below 1e-12 becomes
+  /// (0, 0, 0, 0), not the identity.
+  Quaternion& normalize_self() noexcept;
+  Quaternion normalize() const noexcept { return Quaternion(*this).normalize_self(); }
+  /// The conjugate (w, −x, −y, −z): the inverse of a unit quaternion only.
+  Quaternion inverse() const noexcept { return Quaternion(w, -x, -y, -z); }
+  double length() const noexcept;
+};
+
+static_assert(sizeof(Quaternion) == 4 * sizeof(double), "Quaternion must be exactly four doubles");
+static_assert(std::is_trivially_copyable<Quaternion>::value, "Quaternion must copy as raw bytes");
+
+inline Quaternion operator+(Quaternion const& a, Quaternion const& b) noexcept {
+  return Quaternion(a.w + b.w, a.x + b.x, a.y + b.y, a.z + b.z);
+}
+inline Quaternion operator-(Quaternion const& a, Quaternion const& b) noexcept {
+  return Quaternion(a.w - b.w, a.x - b.x, a.y - b.y, a.z - b.z);
+}
+
+/// The composition "a, then b": the Hamilton product b·a. The rotation matrix of a * b is
+/// matrix(b) · matrix(a).
+Quaternion operator*(Quaternion const& a, Quaternion const& b) noexcept;
+
+}  // namespace Geom
+
+#endif
