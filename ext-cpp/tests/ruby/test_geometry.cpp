@@ -1,0 +1,557 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+
+#include "bridge_test_util.h"
+#include "geom_transformation.h"
+#include "ruby_geometry.h"
+#include "ruby_handles.h"
+
+using qmtest::eval;
+using qmtest::let;
+using qmtest::raised_by;
+using qmtest::truthy;
+
+namespace {
+
+constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double INF = std::numeric_limits<double>::infinity();
+
+// Equal, counting NaN as equal to NaN: an outcome table holds both.
+bool same(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }
+
+::testing::AssertionResult same_vector(Geom::Vector3 const& actual, Geom::Vector3 const& expected) {
+  if (same(actual.x, expected.x) && same(actual.y, expected.y) && same(actual.z, expected.z)) {
+    return ::testing::AssertionSuccess();
+  }
+  return ::testing::AssertionFailure() << "(" << actual.x << ", " << actual.y << ", " << actual.z
+                                       << ") != (" << expected.x << ", " << expected.y << ", "
+                                       << expected.z << ")";
+}
+
+::testing::AssertionResult same_matrix(Geom::Transformation const& actual,
+                                       Geom::Transformation const& expected) {
+  for (int k = 0; k < 16; ++k) {
+    if (!same(actual.data()[k], expected.data()[k])) {
+      return ::testing::AssertionFailure()
+             << "element " << k << ": " << actual.data()[k] << " != " << expected.data()[k];
+    }
+  }
+  return ::testing::AssertionSuccess();
+}
+
+double element_of(VALUE array, long k) { return NUM2DBL(rb_ary_entry(array, k)); }
+
+double random_coordinate(std::mt19937& rng) {
+  std::uniform_real_distribution<double> mantissa(-1.0, 1.0);
+  std::uniform_int_distribution<int> exponent(-20, 20);
+  return std::ldexp(mantissa(rng), exponent(rng));
+}
+
+Geom::Vector3 random_vector(std::mt19937& rng) {
+  return Geom::Vector3(random_coordinate(rng), random_coordinate(rng), random_coordinate(rng));
+}
+
+Geom::Transformation random_matrix(std::mt19937& rng) {
+  Geom::Transformation t;
+  for (int k = 0; k < 16; ++k) t.data()[k] = random_coordinate(rng);
+  return t;
+}
+
+const Geom::Vector3 SENTINEL(-7.0, -7.0, -7.0);
+
+}  // namespace
+
+TEST(GeometryVectors, RoundTripExactlyThroughPointsAndVectors) {
+  std::mt19937 rng(11);
+  for (int round = 0; round < 200; ++round) {
+    Geom::Vector3 v = random_vector(rng);
+    Geom::Vector3 back;
+
+    VALUE point = let("$p", RU::point_to_value(v));
+    ASSERT_TRUE(truthy("$p.instance_of?(Geom::Point3d)"));
+    RU::value_to_vector(point, back);
+    ASSERT_TRUE(same_vector(back, v)) << "round " << round;
+
+    VALUE vector = let("$v", RU::vector_to_value(v));
+    ASSERT_TRUE(truthy("$v.instance_of?(Geom::Vector3d)"));
+    back = SENTINEL;
+    RU::value_to_vector(vector, back);
+    ASSERT_TRUE(same_vector(back, v)) << "round " << round;
+
+    // Each direction of a 2 form multiplies by the factor; there and back again with 1/f
+    // returns the input up to the two roundings.
+    double factor = std::ldexp(1.0 + (rng() % 1000) / 1000.0, static_cast<int>(rng() % 9) - 4);
+    VALUE scaled = RU::point_to_value2(v, factor);
+    Geom::Vector3 direct;
+    RU::value_to_vector(scaled, direct);
+    ASSERT_TRUE(same_vector(direct, Geom::Vector3(v.x * factor, v.y * factor, v.z * factor)));
+    RU::value_to_vector2(scaled, back, 1.0 / factor);
+    ASSERT_NEAR(back.x, v.x, 4e-16 * std::fabs(v.x));
+    ASSERT_NEAR(back.y, v.y, 4e-16 * std::fabs(v.y));
+    ASSERT_NEAR(back.z, v.z, 4e-16 * std::fabs(v.z));
+
+    VALUE scaled_vector = let("$v", RU::vector_to_value2(v, factor));
+    ASSERT_TRUE(truthy("$v.instance_of?(Geom::Vector3d)"));
+    RU::value_to_vector(scaled_vector, direct);
+    ASSERT_TRUE(same_vector(direct, Geom::Vector3(v.x * factor, v.y * factor, v.z * factor)));
+  }
+
+  Geom::Vector3 inches;
+  VALUE millimetres = let("$p", RU::point_to_value2(Geom::Vector3(1, 2, 3), 25.4));
+  EXPECT_TRUE(truthy("($p.to_a.zip([25.4, 50.8, 76.2])).all? { |a, b| (a - b).abs < 1e-12 }"));
+  RU::value_to_vector2(millimetres, inches, 1.0 / 25.4);
+  EXPECT_NEAR(inches.x, 1.0, 1e-15);
+  EXPECT_NEAR(inches.y, 2.0, 1e-15);
+  EXPECT_NEAR(inches.z, 3.0, 1e-15);
+}
+
+TEST(GeometryVectors, ReadsArraysPointsAndAnythingWithXyz) {
+  eval("class QmXyz; def x; 1; end; def y; 2.5r; end; def z; -3.0; end; end\n"
+       "class QmNoToA < Geom::Point3d; def x; raise 'x read'; end; end\n"
+       "class QmPointish < Geom::Point3d; def to_a; [7, 8, 9]; end; end\n"
+       "class QmBadToA < Geom::Point3d; def to_a; 'xyz'; end; end\n"
+       "class QmList < Array; end");
+  struct Case {
+    const char* expression;
+    Geom::Vector3 expected;
+  };
+  const Case cases[] = {
+      {"[1, 2, 3]", {1, 2, 3}},
+      {"[1.5, -2, 3, :ignored]", {1.5, -2, 3}},
+      {"QmList[4, 5, 6]", {4, 5, 6}},
+      {"[2**53, 1r/4, -0.0]", {9007199254740992.0, 0.25, -0.0}},
+      {"QmXyz.new", {1, 2.5, -3}},
+      {"Geom::Vector3d.new(1, 2, 3)", {1, 2, 3}},
+      // A point is read through to_a, never through x, y, z.
+      {"QmNoToA.new(4, 5, 6)", {4, 5, 6}},
+      {"QmPointish.new(1, 2, 3)", {7, 8, 9}},
+      {"[10**400, -10**400, Float::NAN]", {INF, -INF, NaN}},
+  };
+  for (Case const& c : cases) {
+    Geom::Vector3 out = SENTINEL;
+    VALUE value = let("$v", eval(c.expression));
+    EXPECT_EQ(raised_by([&] { RU::value_to_vector(value, out); }), "") << c.expression;
+    EXPECT_TRUE(same_vector(out, c.expected)) << c.expression;
+  }
+  Geom::Vector3 out = SENTINEL;
+  VALUE bad = let("$v", eval("QmBadToA.new"));
+  EXPECT_EQ(raised_by([&] { RU::value_to_vector(bad, out); }),
+            "TypeError: wrong argument type String (expected Array)");
+  EXPECT_TRUE(same_vector(out, SENTINEL));
+}
+
+TEST(GeometryVectors, BadInputRaisesAndKeepsWhatWasWrittenBefore) {
+  struct Case {
+    const char* expression;
+    const char* error;  // prefix of "Class: message"
+    Geom::Vector3 left;
+  };
+  const Case cases[] = {
+      {"nil", "NoMethodError: undefined method `x' for nil:NilClass", SENTINEL},
+      {"true", "NoMethodError: undefined method `x' for true:TrueClass", SENTINEL},
+      {"false", "NoMethodError: undefined method `x' for false:FalseClass", SENTINEL},
+      {"'1, 2, 3'", "NoMethodError: undefined method `x' for \"1, 2, 3\":String", SENTINEL},
+      {":xyz", "NoMethodError: undefined method `x' for :xyz:Symbol", SENTINEL},
+      {"{x: 1, y: 2, z: 3}", "NoMethodError: undefined method `x' for ", SENTINEL},
+      {"Object.new", "NoMethodError: undefined method `x' for #<Object", SENTINEL},
+      {"42", "NoMethodError: undefined method `x' for 42:Integer", SENTINEL},
+      {"[]", "TypeError: no implicit conversion to float from nil", SENTINEL},
+      // The missing third element raises only after x and y are stored.
+      {"[1, 2]", "TypeError: no implicit conversion to float from nil", {1, 2, -7}},
+      {"[1, nil, 3]", "TypeError: no implicit conversion to float from nil", {1, -7, -7}},
+      {"[1, 2, '3']", "TypeError: no implicit conversion to float from string", {1, 2, -7}},
+      {"[true, 2, 3]", "TypeError: no implicit conversion to float from true", SENTINEL},
+      {"[1, :b, 3]", "TypeError: can't convert Symbol into Float", {1, -7, -7}},
+      {"[1, 2, Complex(1, 1)]", "RangeError: can't convert 1+1i into Float", {1, 2, -7}},
+  };
+  for (Case const& c : cases) {
+    Geom::Vector3 out = SENTINEL;
+    VALUE value = let("$v", eval(c.expression));
+    std::string error = raised_by([&] { RU::value_to_vector(value, out); });
+    EXPECT_EQ(error.rfind(c.error, 0), 0u) << c.expression << " raised " << error;
+    EXPECT_TRUE(same_vector(out, c.left)) << c.expression;
+  }
+}
+
+TEST(GeometryVectors, VarryReadsThreeConsecutiveValues) {
+  VALUE array = let("$a", eval("[0, 1.5, 2, 3r]"));
+  Geom::Vector3 out;
+  RU::varry_to_vector(RARRAY_CONST_PTR(array) + 1, out);
+  EXPECT_TRUE(same_vector(out, Geom::Vector3(1.5, 2, 3)));
+  RU::varry_to_vector2(RARRAY_CONST_PTR(array), out, -2.0);
+  EXPECT_TRUE(same_vector(out, Geom::Vector3(-0.0, -3, -4)));
+
+  VALUE values[3] = {INT2FIX(1), Qnil, INT2FIX(3)};
+  out = SENTINEL;
+  EXPECT_EQ(raised_by([&] { RU::varry_to_vector(values, out); }),
+            "TypeError: no implicit conversion to float from nil");
+  EXPECT_TRUE(same_vector(out, Geom::Vector3(1, -7, -7)));
+}
+
+TEST(GeometryVectors, SafeFormAnswersFalseInsteadOfRaising) {
+  eval("class QmXyz2; def x; 1; end; def y; 2; end; def z; 3; end; end");
+  struct Case {
+    const char* expression;
+    bool accepted;
+    Geom::Vector3 result;
+  };
+  const Case cases[] = {
+      {"[1, 2, 3, 4]", true, {1, 2, 3}},
+      {"[1, 2, 3, 'ignored']", true, {1, 2, 3}},
+      {"[1.5, 2r, 10**400]", true, {1.5, 2, INF}},
+      {"[Float::NAN, 0, 0]", true, {NaN, 0, 0}},
+      {"Geom::Vector3d.new(4, 5, 6)", true, {4, 5, 6}},
+      {"Geom::Point3d.new(7, 8, 9)", true, {7, 8, 9}},
+      {"[1, 'a', 3]", false, SENTINEL},
+      {"['a', 2, 3]", false, SENTINEL},
+      {"[1, 2, nil]", false, SENTINEL},
+      {"[1, 2]", false, SENTINEL},
+      {"[]", false, SENTINEL},
+      {"nil", false, SENTINEL},
+      {"true", false, SENTINEL},
+      {"false", false, SENTINEL},
+      {"'1 2 3'", false, SENTINEL},
+      {":xyz", false, SENTINEL},
+      {"{x: 1, y: 2, z: 3}", false, SENTINEL},
+      {"Object.new", false, SENTINEL},
+      {"QmXyz2.new", false, SENTINEL},  // answers x, y, z but is no point or vector
+      {"10**400", false, SENTINEL},
+      {"Float::NAN", false, SENTINEL},
+  };
+  for (Case const& c : cases) {
+    Geom::Vector3 out = SENTINEL;
+    bool accepted = !c.accepted;
+    VALUE value = let("$v", eval(c.expression));
+    EXPECT_EQ(raised_by([&] { accepted = RU::value_to_vector_safe(value, out); }), "")
+        << c.expression;
+    EXPECT_EQ(accepted, c.accepted) << c.expression;
+    EXPECT_TRUE(same_vector(out, c.result)) << c.expression;
+  }
+}
+
+TEST(GeometryTransformations, RoundTripAllSixteenElementsInOrder) {
+  std::mt19937 rng(5);
+  for (int round = 0; round < 100; ++round) {
+    Geom::Transformation t = random_matrix(rng);
+    VALUE ruby = let("$t", RU::transformation_to_value(t));
+    ASSERT_TRUE(truthy("$t.instance_of?(Geom::Transformation)"));
+    VALUE array = eval("$t.to_a");
+    for (long k = 0; k < 16; ++k) ASSERT_EQ(element_of(array, k), t.data()[k]) << k;
+
+    Geom::Transformation back;
+    RU::value_to_transformation(ruby, back);
+    ASSERT_TRUE(same_matrix(back, t)) << "round " << round;
+
+    // Only the translation is a length: the 2 forms scale elements 12, 13, 14 alone.
+    double factor = 0.5 + (rng() % 100);
+    Geom::Transformation scaled = t;
+    for (int k = 12; k < 15; ++k) scaled.data()[k] *= factor;
+    VALUE ruby_scaled = let("$t", RU::transformation_to_value2(t, factor));
+    array = eval("$t.to_a");
+    for (long k = 0; k < 16; ++k) ASSERT_EQ(element_of(array, k), scaled.data()[k]) << k;
+    RU::value_to_transformation2(ruby, back, factor);
+    ASSERT_TRUE(same_matrix(back, scaled));
+    RU::value_to_transformation2(ruby_scaled, back, 1.0 / factor);
+    for (int k = 0; k < 16; ++k) ASSERT_NEAR(back.data()[k], t.data()[k], 4e-16 * std::fabs(t.data()[k]));
+  }
+}
+
+TEST(GeometryTransformations, HandsWhatIsNoTransformationToTheHost) {
+  struct Case {
+    const char* expression;
+    const char* error;
+    Geom::Vector4 origin;  // the fourth column of the result
+    double scale;          // element 0
+  };
+  const Case cases[] = {
+      {"Geom::Point3d.new(1, 2, 3)", "", {1, 2, 3, 1}, 1},
+      {"Geom::Vector3d.new(-1, 0, 4)", "", {-1, 0, 4, 1}, 1},
+      {"[5, 6, 7]", "", {5, 6, 7, 1}, 1},
+      {"(1..16).to_a", "", {13, 14, 15, 16}, 1},
+      {"Geom::Transformation.scaling(3, 1, 1)", "", {0, 0, 0, 1}, 3},
+      {"4", "", {0, 0, 0, 0.25}, 1},  // the host keeps a uniform scale in the weight
+      {"10**400", "", {0, 0, 0, 0}, 1},
+      {"Float::NAN", "", {0, 0, 0, NaN}, 1},
+      {"nil", "TypeError: Cannot convert NilClass to Geom::Transformation", {}, 0},
+      {"true", "TypeError: Cannot convert TrueClass to Geom::Transformation", {}, 0},
+      {"false", "TypeError: Cannot convert FalseClass to Geom::Transformation", {}, 0},
+      {"'1'", "TypeError: Cannot convert String to Geom::Transformation", {}, 0},
+      {":t", "TypeError: Cannot convert Symbol to Geom::Transformation", {}, 0},
+      {"{}", "TypeError: Cannot convert Hash to Geom::Transformation", {}, 0},
+      {"Object.new", "TypeError: Cannot convert Object to Geom::Transformation", {}, 0},
+      {"[1]", "ArgumentError: Expected an Array of 16 numbers or a point", {}, 0},
+      {"[1] * 15", "ArgumentError: Expected an Array of 16 numbers or a point", {}, 0},
+      {"[1] * 15 + [nil]", "TypeError: no implicit conversion to float from nil", {}, 0},
+      {"0", "ArgumentError: Scale cannot be zero", {}, 0},
+  };
+  for (Case const& c : cases) {
+    Geom::Transformation out;
+    out.clear();
+    out.data()[0] = -7.0;
+    VALUE value = let("$v", eval(c.expression));
+    EXPECT_EQ(raised_by([&] { RU::value_to_transformation(value, out); }), c.error) << c.expression;
+    if (*c.error != '\0') {
+      EXPECT_EQ(out.data()[0], -7.0) << c.expression << ": out must stay untouched";
+      continue;
+    }
+    EXPECT_TRUE(same_vector(out.origin, c.origin)) << c.expression;
+    EXPECT_TRUE(same(out.origin.w, c.origin.w)) << c.expression;
+    EXPECT_EQ(out.data()[0], c.scale) << c.expression;
+  }
+
+  // A to_a that goes wrong part-way has written the elements before the bad one.
+  eval("class QmPartial < Geom::Transformation; def to_a; a = super; a[5] = 'x'; a; end; end");
+  Geom::Transformation out;
+  out.clear();
+  VALUE partial = let("$v", eval("QmPartial.new((1..16).to_a)"));
+  EXPECT_EQ(raised_by([&] { RU::value_to_transformation(partial, out); }),
+            "TypeError: no implicit conversion to float from string");
+  for (int k = 0; k < 16; ++k) EXPECT_EQ(out.data()[k], k < 5 ? k + 1.0 : 0.0) << k;
+}
+
+TEST(GeometryTransformations, AffineFormDividesTheWeightAndChecksTheAxes) {
+  const char* perpendicular =
+      "TypeError: Expected a uniform transformation, where axes are perpendicular to each other.";
+  const char* flat = "TypeError: Expected a non-flat transformation, where axes are non-zero-lengthed.";
+  struct Case {
+    const char* array;  // the 16 elements, column-major
+    const char* error;
+    double expected[16];
+  };
+  const Case cases[] = {
+      // Weight 2 over axes of length 2: unit axes and half the translation.
+      {"[2,0,0,0, 0,2,0,0, 0,0,2,0, 4,6,8,2]", "", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 2, 3, 4, 1}},
+      // Non-uniform and mirrored axes pass unchanged.
+      {"[2,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1]", "", {2, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}},
+      {"[-1,0,0,0, 0,1,0,0, 0,0,3,0, 1,2,3,1]", "", {-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 3, 0, 1, 2, 3, 1}},
+      // The projective row is never read.
+      {"[1,0,0,9, 0,1,0,9, 0,0,1,9, 1,2,3,1]", "", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1}},
+      // A weight at or below 1e-6, or NaN, divides nothing; just above it divides.
+      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1e-7]", "", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 5, 0, 0, 1}},
+      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1e-6]", "", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 5, 0, 0, 1}},
+      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,-1e-6]", "", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 5, 0, 0, 1}},
+      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,Float::NAN]", "", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 5, 0, 0, 1}},
+      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 1,0,0,-0.5]", "", {-2, 0, 0, 0, 0, -2, 0, 0, 0, 0, -2, 0, -2, 0, 0, 1}},
+      // Perpendicularity is tested strictly below 0.001, pair by pair.
+      {"[1,0,0,0, 0.5,1,0,0, 0,0,1,0, 0,0,0,1]", perpendicular, {}},
+      {"[1,0,0,0, 0.001,1,0,0, 0,0,1,0, 0,0,0,1]", perpendicular, {}},
+      {"[1,0,0,0, -0.001,1,0,0, 0,0,1,0, 0,0,0,1]", perpendicular, {}},
+      {"[1,0,0,0, 0.0009765625,1,0,0, 0,0,1,0, 0,0,0,1]", "",
+       {1, 0, 0, 0, 0.0009765625, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}},
+      {"[1,0,0,0, 0,1,0,0, 0.001,0,1,0, 0,0,0,1]", perpendicular, {}},
+      {"[1,0,0,0, 0,1,0,0, 0,0.001,1,0, 0,0,0,1]", perpendicular, {}},
+      {"[1,0,0,0, 0,1,0,0, 0,Float::NAN,1,0, 0,0,0,1]", perpendicular, {}},
+      // Axes shorter than 1e-6 are flat; exactly 1e-6 is not.
+      {"[1,0,0,0, 0,1,0,0, 0,0,0,0, 0,0,0,1]", flat, {}},
+      {"[0,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1]", flat, {}},
+      {"[1,0,0,0, 0,9.9e-7,0,0, 0,0,1,0, 0,0,0,1]", flat, {}},
+      {"[1,0,0,0, 0,1,0,0, 0,0,1e-6,0, 0,0,0,1]", "", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1e-6, 0, 0, 0, 0, 1}},
+      {"[1,0,0,0, 0,1,0,0, 0,0,-1e-6,0, 0,0,0,1]", "", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, -1e-6, 0, 0, 0, 0, 1}},
+      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1e7]", flat, {}},
+  };
+  for (Case const& c : cases) {
+    Geom::Transformation out;
+    out.clear();
+    std::string code = std::string("Geom::Transformation.new(") + c.array + ")";
+    VALUE value = let("$t", eval(code.c_str()));
+    EXPECT_EQ(raised_by([&] { RU::value_to_transformation3(value, out); }), c.error) << c.array;
+    Geom::Transformation expected;
+    expected.clear();  // untouched on error
+    if (*c.error == '\0') expected = Geom::Transformation(c.expected);
+    EXPECT_TRUE(same_matrix(out, expected)) << c.array;
+  }
+}
+
+TEST(GeometryTransformations, AffineFormKeepsRigidMotionsWithAnyAxisScales) {
+  std::mt19937 rng(3);
+  std::uniform_real_distribution<double> angle(-Geom::PI, Geom::PI);
+  std::uniform_real_distribution<double> scale(0.01, 100.0);
+  for (int round = 0; round < 100; ++round) {
+    Geom::Vector3 axis = random_vector(rng).normalize();
+    Geom::Transformation t = Geom::Transformation::rotate(axis, angle(rng));
+    t.x_axis.scale_self(scale(rng) * (rng() % 2 ? 1 : -1));
+    t.y_axis.scale_self(scale(rng));
+    t.z_axis.scale_self(scale(rng));
+    t.origin = Geom::Vector4(random_coordinate(rng), random_coordinate(rng), random_coordinate(rng), 1.0);
+    double weight = (round % 3 == 0) ? 1.0 : scale(rng);
+    Geom::Transformation weighted = t;
+    for (Geom::Vector4* column : {&weighted.x_axis, &weighted.y_axis, &weighted.z_axis, &weighted.origin}) {
+      column->scale_self(weight);
+    }
+    weighted.origin.w = weight;
+
+    Geom::Transformation out;
+    VALUE ruby = RU::transformation_to_value(weighted);
+    ASSERT_EQ(raised_by([&] { RU::value_to_transformation3(ruby, out); }), "") << "round " << round;
+    for (int k = 0; k < 16; ++k) {
+      ASSERT_NEAR(out.data()[k], t.data()[k], 1e-13 * (1.0 + std::fabs(t.data()[k])))
+          << "round " << round << " element " << k;
+    }
+  }
+}
+
+TEST(GeometryBoxes, RoundTripAndScaleNonEmptyBoxes) {
+  std::mt19937 rng(8);
+  for (int round = 0; round < 100; ++round) {
+    Geom::Vector3 a = random_vector(rng);
+    Geom::Vector3 b = random_vector(rng);
+    Geom::BoundingBox3 box(Geom::Vector3(std::fmin(a.x, b.x), std::fmin(a.y, b.y), std::fmin(a.z, b.z)),
+                           Geom::Vector3(std::fmax(a.x, b.x), std::fmax(a.y, b.y), std::fmax(a.z, b.z)));
+    if (round == 0) box.max = box.min;  // a box of one point
+
+    VALUE ruby = let("$b", RU::bb_to_value(box));
+    ASSERT_TRUE(truthy("$b.instance_of?(Geom::BoundingBox) && !$b.empty?"));
+    Geom::BoundingBox3 back;
+    RU::value_to_bb(ruby, back);
+    ASSERT_TRUE(same_vector(back.min, box.min));
+    ASSERT_TRUE(same_vector(back.max, box.max));
+
+    double factor = std::ldexp(1.0, static_cast<int>(rng() % 7) - 3) * (rng() % 2 ? 1 : 3);
+    Geom::BoundingBox3 scaled;
+    RU::value_to_bb(RU::bb_to_value2(box, factor), scaled);
+    ASSERT_TRUE(same_vector(scaled.min, box.min * factor));
+    ASSERT_TRUE(same_vector(scaled.max, box.max * factor));
+    RU::value_to_bb2(ruby, scaled, factor);
+    ASSERT_TRUE(same_vector(scaled.min, box.min * factor));
+    ASSERT_TRUE(same_vector(scaled.max, box.max * factor));
+  }
+}
+
+TEST(GeometryBoxes, EmptyBoxesStayEmptyWithoutAnyAdd) {
+  // Every add the host box receives is recorded, in order.
+  eval("module QmRecordAdds; def add(*args); ($adds ||= []) << args.map(&:to_a); super; end; end\n"
+       "Geom::BoundingBox.prepend(QmRecordAdds)");
+  struct Case {
+    Geom::BoundingBox3 box;
+    bool empty;
+  };
+  const Case cases[] = {
+      {Geom::BoundingBox3(), true},
+      {Geom::BoundingBox3(Geom::Vector3(0, 0, 0), Geom::Vector3(1, -1, 1)), true},
+      {Geom::BoundingBox3(Geom::Vector3(0, 0, 2), Geom::Vector3(1, 1, 1)), true},
+      {Geom::BoundingBox3(Geom::Vector3(2, 0, 0), Geom::Vector3(1, 1, 1)), true},
+      {Geom::BoundingBox3(Geom::Vector3(NaN, 0, 0), Geom::Vector3(1, 1, 1)), true},
+      {Geom::BoundingBox3(Geom::Vector3(0, 0, 0), Geom::Vector3(1, 1, NaN)), true},
+      {Geom::BoundingBox3(Geom::Vector3(1, 2, 3), Geom::Vector3(1, 2, 3)), false},
+      {Geom::BoundingBox3(Geom::Vector3(-1, -2, -3), Geom::Vector3(4, 5, 6)), false},
+  };
+  for (Case const& c : cases) {
+    eval("$adds = []");
+    let("$b", RU::bb_to_value2(c.box, 2.0));
+    EXPECT_EQ(truthy("$b.empty?"), c.empty);
+    if (c.empty) {
+      EXPECT_TRUE(truthy("$adds.empty?"));
+      continue;
+    }
+    VALUE adds = eval("$adds");
+    ASSERT_EQ(RARRAY_LEN(adds), 2);
+    // min first, then max, each alone and already scaled.
+    Geom::Vector3 first, second;
+    RU::value_to_vector(rb_ary_entry(rb_ary_entry(adds, 0), 0), first);
+    RU::value_to_vector(rb_ary_entry(rb_ary_entry(adds, 1), 0), second);
+    EXPECT_EQ(RARRAY_LEN(rb_ary_entry(adds, 0)), 1);
+    EXPECT_TRUE(same_vector(first, c.box.min * 2.0));
+    EXPECT_TRUE(same_vector(second, c.box.max * 2.0));
+  }
+  eval("module QmRecordAdds; def add(*args); super; end; end");
+
+  // The host's own empty box converts to whatever corners it reports.
+  Geom::BoundingBox3 out;
+  RU::value_to_bb(eval("Geom::BoundingBox.new"), out);
+  EXPECT_TRUE(same_vector(out.min, Geom::Vector3(1e30, 1e30, 1e30)));
+  EXPECT_TRUE(same_vector(out.max, Geom::Vector3(-1e30, -1e30, -1e30)));
+}
+
+TEST(GeometryBoxes, OnlyBoundingBoxesAreRead) {
+  eval("class QmBox < Geom::BoundingBox; end\n"
+       "class QmBadMax < Geom::BoundingBox; def max; nil; end; end");
+  const char* refused[] = {"nil", "true", "false", "'box'", ":box", "{}", "Object.new",
+                           "[[0, 0, 0], [1, 1, 1]]", "Geom::Point3d.new", "10**400", "Float::NAN"};
+  for (const char* expression : refused) {
+    Geom::BoundingBox3 out(SENTINEL, SENTINEL);
+    VALUE value = let("$v", eval(expression));
+    EXPECT_EQ(raised_by([&] { RU::value_to_bb2(value, out, 2.0); }),
+              "TypeError: Expected Geom::BoundingBox")
+        << expression;
+    EXPECT_TRUE(same_vector(out.min, SENTINEL) && same_vector(out.max, SENTINEL)) << expression;
+  }
+
+  Geom::BoundingBox3 out;
+  RU::value_to_bb(eval("QmBox.new.add([1, 2, 3], [4, 5, 6])"), out);
+  EXPECT_TRUE(same_vector(out.min, Geom::Vector3(1, 2, 3)));
+  EXPECT_TRUE(same_vector(out.max, Geom::Vector3(4, 5, 6)));
+
+  // A max that cannot be read leaves min written and max as it was.
+  out = Geom::BoundingBox3(SENTINEL, SENTINEL);
+  VALUE bad = let("$v", eval("QmBadMax.new.add([1, 2, 3])"));
+  EXPECT_EQ(raised_by([&] { RU::value_to_bb(bad, out); }),
+            "NoMethodError: undefined method `x' for nil:NilClass");
+  EXPECT_TRUE(same_vector(out.min, Geom::Vector3(1, 2, 3)));
+  EXPECT_TRUE(same_vector(out.max, SENTINEL));
+}
+
+TEST(GeometryColors, RoundTripEveryChannel) {
+  std::mt19937 rng(42);
+  for (int round = 0; round < 100; ++round) {
+    Geom::Color c(static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()),
+                  static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()));
+    if (round == 0) c = Geom::Color(0, 0, 0, 0);
+    if (round == 1) c = Geom::Color(255, 255, 255, 255);
+    VALUE ruby = let("$c", RU::color_to_value(c));
+    ASSERT_TRUE(truthy("$c.instance_of?(Sketchup::Color)"));
+    VALUE channels = eval("[$c.red, $c.green, $c.blue, $c.alpha]");
+    EXPECT_EQ(NUM2INT(rb_ary_entry(channels, 0)), c.r);
+    EXPECT_EQ(NUM2INT(rb_ary_entry(channels, 3)), c.a);
+    Geom::Color back(1, 2, 3, 4);
+    RU::value_to_color(ruby, back);
+    ASSERT_EQ(std::memcmp(&back, &c, sizeof c), 0) << "round " << round;
+  }
+}
+
+TEST(GeometryColors, HandsWhatIsNoColorToTheHost) {
+  eval("class QmWideColor < Sketchup::Color; def red; 300; end; def green; -1; end; "
+       "def blue; 2**40; end; end");
+  struct Case {
+    const char* expression;
+    const char* error;
+    Geom::Color expected;
+  };
+  const Geom::Color untouched(9, 9, 9, 9);
+  const Case cases[] = {
+      {"'red'", "", {255, 0, 0, 255}},
+      {"'Navy'", "", {0, 0, 128, 255}},
+      {"'#00FF80'", "", {0, 255, 128, 255}},
+      {"[1, 2, 3]", "", {1, 2, 3, 255}},
+      {"[1, 2, 3, 4]", "", {1, 2, 3, 4}},
+      {"0x332211", "", {0x11, 0x22, 0x33, 255}},
+      {"10**400", "", {0, 0, 0, 255}},
+      {"Sketchup::Color.new(5, 6, 7, 8)", "", {5, 6, 7, 8}},
+      // Only the low 8 bits of each channel are kept; one that does not fit an int raises
+      // after the channels before it are stored.
+      {"QmWideColor.new", "RangeError: integer 1099511627776 too big to convert to `int'",
+       {44, 255, 9, 9}},
+      {"nil", "TypeError: Cannot convert NilClass to Sketchup::Color", untouched},
+      {"true", "TypeError: Cannot convert TrueClass to Sketchup::Color", untouched},
+      {"false", "TypeError: Cannot convert FalseClass to Sketchup::Color", untouched},
+      {":red", "TypeError: Cannot convert Symbol to Sketchup::Color", untouched},
+      {"{}", "TypeError: Cannot convert Hash to Sketchup::Color", untouched},
+      {"Object.new", "TypeError: Cannot convert Object to Sketchup::Color", untouched},
+      {"Float::NAN", "TypeError: Cannot convert Float to Sketchup::Color", untouched},
+      {"'no such colour'", "ArgumentError: Unknown color name: no such colour", untouched},
+      {"[1, 2]", "ArgumentError: Expected an Array of 3 or 4 numbers", untouched},
+      {"[1, nil, 3]", "TypeError: no implicit conversion of nil into Integer", untouched},
+  };
+  for (Case const& c : cases) {
+    Geom::Color out = untouched;
+    VALUE value = let("$v", eval(c.expression));
+    EXPECT_EQ(raised_by([&] { RU::value_to_color(value, out); }), c.error) << c.expression;
+    EXPECT_EQ(std::memcmp(&out, &c.expected, sizeof out), 0)
+        << c.expression << ": " << int(out.r) << " " << int(out.g) << " " << int(out.b) << " "
+        << int(out.a);
+  }
+}
