@@ -1,0 +1,181 @@
+#include "geom_bounding_box3.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+using Geom::BoundingBox3;
+using Geom::Vector3;
+
+double up(double v) { return std::nextafter(v, std::numeric_limits<double>::infinity()); }
+
+void expect_box(BoundingBox3 const& b, Vector3 const& lo, Vector3 const& hi) {
+  EXPECT_EQ(b.min.x, lo.x);
+  EXPECT_EQ(b.min.y, lo.y);
+  EXPECT_EQ(b.min.z, lo.z);
+  EXPECT_EQ(b.max.x, hi.x);
+  EXPECT_EQ(b.max.y, hi.y);
+  EXPECT_EQ(b.max.z, hi.z);
+}
+
+BoundingBox3 const kUnit(Vector3(0, 0, 0), Vector3(1, 1, 1));
+
+TEST(BoundingBox3, EmptyBoxAndGrowth) {
+  BoundingBox3 b;
+  EXPECT_FALSE(b.contains(Vector3()));
+  EXPECT_FALSE(b.intersects(kUnit));
+  EXPECT_FALSE(kUnit.intersects(b));
+  EXPECT_FALSE(b.within(kUnit));
+  b.add(Vector3(1, 2, 3));
+  expect_box(b, Vector3(1, 2, 3), Vector3(1, 2, 3));
+  b.add(Vector3(-1, 5, 3)).add(Vector3(0, 0, 4));
+  expect_box(b, Vector3(-1, 0, 3), Vector3(1, 5, 4));
+  BoundingBox3 c = b;
+  c.add(BoundingBox3());
+  expect_box(c, b.min, b.max);
+  c.add(BoundingBox3(Vector3(0, -1, 3.5), Vector3(2, 1, 3.5)));
+  expect_box(c, Vector3(-1, -1, 3), Vector3(2, 5, 4));
+  // lo only lowers min and hi only raises max; they are not sorted.
+  c.add(Vector3(9, -9, 9), Vector3(-9, 9, -9));
+  expect_box(c, Vector3(-1, -9, 3), Vector3(2, 9, 4));
+  c.clear();
+  expect_box(c, Vector3(1e15), Vector3(-1e15));
+}
+
+TEST(BoundingBox3, AddedPointsAreCovered) {
+  std::mt19937 rng(8);
+  std::uniform_real_distribution<double> d(-100.0, 100.0);
+  BoundingBox3 b;
+  Vector3 pts[500];
+  for (Vector3& p : pts) b.add(p = Vector3(d(rng), d(rng), d(rng)));
+  Vector3 const centre = (b.min + b.max) * 0.5;
+  for (Vector3 const& p : pts) {
+    EXPECT_TRUE(b.contains(p.transition_to(centre, 1e-9)));  // nudged inward
+  }
+  // The box is the tightest one: every face holds an added point.
+  int on_face[6] = {};
+  for (Vector3 const& p : pts) {
+    on_face[0] += p.x == b.min.x;
+    on_face[1] += p.y == b.min.y;
+    on_face[2] += p.z == b.min.z;
+    on_face[3] += p.x == b.max.x;
+    on_face[4] += p.y == b.max.y;
+    on_face[5] += p.z == b.max.z;
+  }
+  for (int n : on_face) EXPECT_EQ(n, 1);
+  BoundingBox3 whole;
+  whole.add(BoundingBox3(b.min, centre)).add(BoundingBox3(centre, b.max));
+  expect_box(whole, b.min, b.max);
+}
+
+TEST(BoundingBox3, StrictQueries) {
+  EXPECT_TRUE(kUnit.contains(Vector3(0.5, 0.5, 0.5)));
+  EXPECT_FALSE(kUnit.contains(Vector3(0, 0.5, 0.5)));
+  EXPECT_FALSE(kUnit.contains(Vector3(0.5, 1, 0.5)));
+  EXPECT_FALSE(kUnit.contains(Vector3(0.5, 0.5, 1)));
+  EXPECT_FALSE(kUnit.intersects(BoundingBox3(Vector3(1, 0, 0), Vector3(2, 1, 1))));
+  EXPECT_FALSE(kUnit.intersects(BoundingBox3(Vector3(0, -1, 0), Vector3(1, 0, 1))));
+  EXPECT_FALSE(kUnit.intersects(BoundingBox3(Vector3(0, 0, 1), Vector3(1, 1, 2))));
+  EXPECT_TRUE(kUnit.intersects(BoundingBox3(Vector3(0.5, 0.5, 0.5), Vector3(3, 3, 3))));
+  EXPECT_TRUE(kUnit.within(BoundingBox3(Vector3(-1, -1, -1), Vector3(2, 2, 2))));
+  EXPECT_FALSE(kUnit.within(kUnit));
+  EXPECT_FALSE(kUnit.within(BoundingBox3(Vector3(-1, -1, -1), Vector3(2, 2, 1))));
+  EXPECT_FALSE(kUnit.within(BoundingBox3(Vector3(-1, 0, -1), Vector3(2, 2, 2))));
+  BoundingBox3 const flat(Vector3(0, 0, 0.5), Vector3(1, 1, 0.5));
+  EXPECT_FALSE(flat.within(BoundingBox3(Vector3(-1, -1, -1), Vector3(2, 2, 2))));
+
+  BoundingBox3 out;
+  kUnit.intersect(BoundingBox3(Vector3(2, 2, 2), Vector3(3, 3, 3)), out);
+  expect_box(out, Vector3(2, 2, 2), Vector3(1, 1, 1));
+  EXPECT_FALSE(out.contains(Vector3(1.5, 1.5, 1.5)));
+  EXPECT_FALSE(out.within(BoundingBox3(Vector3(-9.0), Vector3(9.0))));
+  BoundingBox3 self = kUnit;
+  self.intersect(BoundingBox3(Vector3(0.5, -1, 0.25), Vector3(2, 0.75, 3)), self);
+  expect_box(self, Vector3(0.5, 0, 0.25), Vector3(1, 0.75, 1));
+}
+
+TEST(BoundingBox3, Corners) {
+  BoundingBox3 const b(Vector3(1, 2, 3), Vector3(4, 5, 6));
+  for (unsigned long i = 0; i < 8; ++i) {
+    Vector3 const c = b.corner(i);
+    EXPECT_EQ(c.x, (i & 1) ? 4.0 : 1.0);
+    EXPECT_EQ(c.y, (i & 2) ? 5.0 : 2.0);
+    EXPECT_EQ(c.z, (i & 4) ? 6.0 : 3.0);
+  }
+  for (unsigned long i : {8ul, 100ul, ~0ul}) {
+    try {
+      b.corner(i);
+      ADD_FAILURE() << "corner(" << i << ") did not throw";
+    } catch (std::out_of_range const& e) {
+      EXPECT_EQ(std::string(e.what()), "Expected index between 0 and 7.");
+    }
+  }
+}
+
+TEST(BoundingBox3, ScaleAndPad) {
+  BoundingBox3 b(Vector3(0, 0, 0), Vector3(2, 2, 2));
+  expect_box(b.scale(2.0), Vector3(-1.0), Vector3(3.0));
+  expect_box(b.scale(0.5), Vector3(0.5), Vector3(1.5));
+  expect_box(b, Vector3(0.0), Vector3(2.0));
+  expect_box(BoundingBox3(Vector3(2, 0, 0), Vector3(0, 4, 0)).scale_self(2.0),
+             Vector3(3, -2, 0), Vector3(-1, 6, 0));
+  expect_box(BoundingBox3(kUnit).pad_self(0.5), Vector3(-0.5), Vector3(1.5));
+  expect_box(BoundingBox3(kUnit).pad_self(-0.25), Vector3(0.25), Vector3(0.75));
+}
+
+TEST(BoundingBox3, RayThroughInterior) {
+  Vector3 const x(1, 0, 0);
+  EXPECT_TRUE(kUnit.intersects_ray(Vector3(-1, 0.5, 0.5), x));
+  EXPECT_TRUE(kUnit.intersects_ray(Vector3(2, 0.5, 0.5), x.reverse()));
+  EXPECT_FALSE(kUnit.intersects_ray(Vector3(-1, 0.5, 0.5), x.reverse()));
+  EXPECT_FALSE(kUnit.intersects_ray(Vector3(-1, 0, 0.5), x));  // along a face
+  EXPECT_TRUE(kUnit.intersects_ray(Vector3(0.5, -1, 0.5), Vector3(0, 3, 0)));
+  EXPECT_TRUE(kUnit.intersects_ray(Vector3(0.5, 0.5, 7), Vector3(0.01, 0, -1)));
+  EXPECT_FALSE(kUnit.intersects_ray(Vector3(0.5, 0.5, 7), Vector3(0.2, 0, -1)));
+  // Through an edge only: the face tests see no strictly inner point.
+  EXPECT_FALSE(kUnit.intersects_ray(Vector3(-1, -1, 0.5), Vector3(1, 1, 0)));
+  EXPECT_TRUE(kUnit.intersects_ray(Vector3(-1, -0.9, 0.5), Vector3(1, 1, 0)));
+  for (Vector3 const& d : {x, Vector3(0, -1, 0), Vector3(0, 0, 2), Vector3(1, 1, 1)}) {
+    EXPECT_TRUE(kUnit.intersects_ray(Vector3(0.5, 0.5, 0.5), d));
+  }
+  // A direction component of 1e-6 counts as zero, just above does not.
+  double const e = Geom::LENGTH_EPSILON;
+  EXPECT_FALSE(kUnit.intersects_ray(Vector3(-1, 0.5, 0.5), Vector3(e, 0, 0)));
+  EXPECT_TRUE(kUnit.intersects_ray(Vector3(-1, 0.5, 0.5), Vector3(up(e), 0, 0)));
+  EXPECT_TRUE(kUnit.intersects_ray(Vector3(2, 0.5, 0.5), Vector3(-up(e), 0, 0)));
+  // Starting on a face and leaving: t = 0 does not count.
+  EXPECT_FALSE(kUnit.intersects_ray(Vector3(0, 0.5, 0.5), x.reverse()));
+  EXPECT_FALSE(BoundingBox3().intersects_ray(Vector3(), x));
+}
+
+TEST(BoundingBox3, RayTurnedTowardCentre) {
+  Vector3 const o(-1, 2, 0.5);
+  Vector3 const x(1, 0, 0);
+  EXPECT_FALSE(kUnit.intersects_ray(o, x));
+  EXPECT_TRUE(kUnit.intersects_ray(o, x, 0.5));
+  EXPECT_FALSE(kUnit.intersects_ray(o, x, 0.01));
+  EXPECT_FALSE(kUnit.intersects_ray(o, x, 0.0));
+  // The turn never goes past the centre: a huge limit stops at the centre's direction.
+  EXPECT_TRUE(kUnit.intersects_ray(o, x, 100.0));
+  // Pointing away (about 146 degrees off): a limit near that angle turns it back, but any
+  // obtuse angle counts as pi, so a limit of 3 rad is not cut at 146 degrees and overshoots.
+  EXPECT_FALSE(kUnit.intersects_ray(o, Vector3(-1, 0.2, 0), 1.0));
+  EXPECT_TRUE(kUnit.intersects_ray(o, Vector3(-1, 0.2, 0), 2.55));
+  EXPECT_FALSE(kUnit.intersects_ray(o, Vector3(-1, 0.2, 0), 3.0));
+  // Straight at or away from the centre, and from the centre: the plain test decides.
+  EXPECT_TRUE(kUnit.intersects_ray(Vector3(-1, 0.5, 0.5), x, 0.3));
+  EXPECT_FALSE(kUnit.intersects_ray(Vector3(-1, 0.5, 0.5), x.reverse(), 0.3));
+  EXPECT_TRUE(kUnit.intersects_ray(Vector3(0.5, 0.5, 0.5), x, 0.3));
+  // Empty or inverted boxes never hit under the angular test.
+  EXPECT_FALSE(BoundingBox3().intersects_ray(Vector3(), x, 3.0));
+  EXPECT_FALSE(BoundingBox3(Vector3(0, 0, 1), Vector3(1, 1, 0)).intersects_ray(o, x, 0.5));
+  EXPECT_FALSE(BoundingBox3(Vector3(0, 1, 0), Vector3(1, 0, 1)).intersects_ray(o, x, 0.5));
+}
+
+}  // namespace
