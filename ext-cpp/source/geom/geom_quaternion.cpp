@@ -15,10 +15,30 @@ Quaternion::Quaternion(Vector3 const& axis, double angle) noexcept {
   z = s * axis.z;
 }
 
-Quaternion::Quaternion(Transformation const& m) noexcept {
-  double const* e = m.data();
+namespace {
+
+// The conversion for a trace at or below zero, with i the index of the largest diagonal
+// element. Instantiated per i so that every index below is a constant and the components
+// stay in registers; the arithmetic is the same for all three.
+template <int I>
+Quaternion from_largest_diagonal(double const* e) noexcept {
+  constexpr int J = Quaternion::QIndex[I];
+  constexpr int K = Quaternion::QIndex[J];
   // R(r, c) is element e[4c + r]: row r of column c.
   auto r = [e](int row, int col) { return e[4 * col + row]; };
+  double const s = std::sqrt(((r(I, I) + 1.0) - r(J, J)) - r(K, K));
+  double const g = 0.5 / s;
+  double v[3];
+  v[I] = 0.5 * s;
+  v[J] = (r(J, I) + r(I, J)) * g;
+  v[K] = (r(K, I) + r(I, K)) * g;
+  return Quaternion((r(K, J) - r(J, K)) * g, v[0], v[1], v[2]);
+}
+
+}  // namespace
+
+Quaternion::Quaternion(Transformation const& m) noexcept {
+  double const* e = m.data();
   double const trace = (e[0] + e[5]) + e[10];
   if (trace > 0.0) {
     double const s = std::sqrt(trace + 1.0);
@@ -32,19 +52,9 @@ Quaternion::Quaternion(Transformation const& m) noexcept {
   // Trace at or below zero: w may be tiny, so divide by the largest vector component
   // instead, found from the largest diagonal element (ties keep the lower index).
   int i = e[5] > e[0] ? 1 : 0;
-  if (e[10] > r(i, i)) i = 2;
-  int const j = QIndex[i];
-  int const k = QIndex[j];
-  double const s = std::sqrt(((r(i, i) + 1.0) - r(j, j)) - r(k, k));
-  double const g = 0.5 / s;
-  double v[3];
-  v[i] = 0.5 * s;
-  v[j] = (r(j, i) + r(i, j)) * g;
-  v[k] = (r(k, i) + r(i, k)) * g;
-  w = (r(k, j) - r(j, k)) * g;
-  x = v[0];
-  y = v[1];
-  z = v[2];
+  if (e[10] > e[5 * i]) i = 2;
+  *this = i == 0 ? from_largest_diagonal<0>(e)
+                 : (i == 1 ? from_largest_diagonal<1>(e) : from_largest_diagonal<2>(e));
 }
 
 double Quaternion::length() const noexcept {
