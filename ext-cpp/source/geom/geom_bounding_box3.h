@@ -28,13 +28,16 @@ struct BoundingBox3 {
   BoundingBox3(BoundingBox3 const&) noexcept = default;
   BoundingBox3& operator=(BoundingBox3 const&) noexcept = default;
 
+  /// Takes p's coordinate wherever it lies below min or above max (a NaN coordinate never).
   BoundingBox3& add(Vector3 const& p) noexcept {
-    if (min.x > p.x) min.x = p.x;
-    if (min.y > p.y) min.y = p.y;
-    if (min.z > p.z) min.z = p.z;
-    if (p.x > max.x) max.x = p.x;
-    if (p.y > max.y) max.y = p.y;
-    if (p.z > max.z) max.z = p.z;
+    // Unconditional selects rather than conditional stores: they compile to min/max
+    // instructions and keep a loop over many points free of branches.
+    min.x = min.x > p.x ? p.x : min.x;
+    min.y = min.y > p.y ? p.y : min.y;
+    min.z = min.z > p.z ? p.z : min.z;
+    max.x = p.x > max.x ? p.x : max.x;
+    max.y = p.y > max.y ? p.y : max.y;
+    max.z = p.z > max.z ? p.z : max.z;
     return *this;
   }
   /// Grows to cover b as well; adding the empty box changes nothing.
