@@ -8,6 +8,7 @@
 #include <objc_seam.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -42,8 +43,9 @@ namespace desktop {
   std::abort();
 }
 
-// Every CF object handed out. An object owns one reference to each of `retained` (the
-// elements of an array, the values of a dictionary) and drops them when it is freed.
+// Every CF object handed out. Nothing here retains, so each has exactly one reference, its
+// creator's, and the first release frees it. An object owns the objects in `retained` (the
+// elements of an array, the values of a dictionary) and releases them when it is freed.
 struct CFObject {
   enum class Kind { ARRAY, DICTIONARY, NUMBER, EVENT };
 
@@ -51,7 +53,6 @@ struct CFObject {
   virtual ~CFObject() = default;
 
   Kind kind;
-  long retain_count = 1;
   std::vector<CFTypeRef> retained;
 };
 
@@ -90,8 +91,8 @@ struct Window {
   char toolbar;
 };
 
-struct State {
-  std::mutex mutex;
+// Everything desktop_reset puts back; live CF objects are not part of it.
+struct Scene {
   std::vector<std::unique_ptr<Window>> windows;  // front to back
   unsigned int key_window = 0;
   int cursor_hide_count = 0;
@@ -100,6 +101,10 @@ struct State {
   std::array<long, DESKTOP_CALL_KINDS> calls{};
   bool no_window_list = false;
   bool warp_fails = false;
+};
+
+struct State : Scene {
+  std::mutex mutex;
   // Keyed by the pointer handed out, which may differ from the CFObject base's address.
   std::unordered_map<const void*, std::unique_ptr<CFObject>> live;
 };
@@ -133,7 +138,6 @@ void release(State& s, CFTypeRef handle) {
   DESKTOP_ASSERT(handle != nullptr);
   auto found = s.live.find(handle);
   DESKTOP_ASSERT(found != s.live.end() && "released a CF object that is not alive");
-  if (--found->second->retain_count > 0) return;
   std::unique_ptr<CFObject> dead = std::move(found->second);
   s.live.erase(found);
   for (CFTypeRef child : dead->retained) release(s, child);
@@ -351,14 +355,7 @@ long ns_integer_value(const void* number) {
 void desktop_reset(void) {
   auto& s = state();
   Lock lock(s.mutex);
-  s.windows.clear();
-  s.key_window = 0;
-  s.cursor_hide_count = 0;
-  s.cursor = CGPoint{0.0, 0.0};
-  s.keys.fill(0);
-  s.calls.fill(0);
-  s.no_window_list = false;
-  s.warp_fails = false;
+  static_cast<desktop::Scene&>(s) = desktop::Scene();
 }
 
 int desktop_add_window(int owner_pid, unsigned int window_number, long level, int flags) {
@@ -426,7 +423,7 @@ int desktop_cursor_hide_count(void) {
 void desktop_set_cursor_hide_count(int count) {
   auto& s = state();
   Lock lock(s.mutex);
-  s.cursor_hide_count = count < 0 ? 0 : count;
+  s.cursor_hide_count = std::max(count, 0);
 }
 
 long desktop_call_count(int call) {

@@ -112,13 +112,19 @@ TEST_F(DesktopDeathTest, ListingModesThatAreNotSimulatedAbort) {
   EXPECT_DEATH(CGWindowListCopyWindowInfo(kCGWindowListOptionOnScreenOnly, 1), "relativeToWindow");
 }
 
-TEST_F(DesktopTest, NoListModeAnswersNullUntilSwitchedOff) {
+TEST_F(DesktopTest, FailureModesLastUntilSwitchedOffOrReset) {
   add_own(1, 0, MAIN_WINDOW);
   desktop_set_no_window_list(1);
   EXPECT_EQ(CGWindowListCopyWindowInfo(kCGWindowListOptionAll, kCGNullWindowID), nullptr);
   desktop_set_no_window_list(0);
   EXPECT_EQ(listed_numbers(kCGWindowListOptionAll), std::vector<long>{1});
   EXPECT_EQ(desktop_call_count(DESKTOP_CALL_COPY_WINDOW_LIST), 2);
+
+  desktop_set_no_window_list(1);
+  desktop_set_warp_fails(1);
+  desktop_reset();
+  EXPECT_EQ(listed_numbers(kCGWindowListOptionAll), std::vector<long>{});
+  EXPECT_EQ(CGWarpMouseCursorPosition(CGPoint{1.0, 2.0}), kCGErrorSuccess);
 }
 
 TEST_F(DesktopTest, WindowNumbersAreUniqueAndNeverNull) {
@@ -185,6 +191,9 @@ TEST_F(DesktopTest, CursorHidesAreCountedAndShowsStopAtZero) {
   EXPECT_EQ(desktop_call_count(DESKTOP_CALL_SHOW_CURSOR), 3);
   EXPECT_EQ(desktop_call_count(DESKTOP_CALL_HIDE_CURSOR), 3);
   EXPECT_EQ(desktop_call_count(DESKTOP_CALL_KINDS), -1);
+  desktop_set_cursor_hide_count(-3);
+  EXPECT_EQ(desktop_cursor_hide_count(), 0);
+  EXPECT_TRUE(CGCursorIsVisible());
 }
 
 TEST_F(DesktopTest, EventsKeepTheLocationOfTheirCreationAndWarpsMayBeRefused) {
@@ -211,10 +220,12 @@ TEST_F(DesktopTest, GetKeysCopiesTheMapInMemoryOrder) {
   for (int i = 0; i < 16; ++i) bytes[i] = static_cast<unsigned char>(i * 17 + 3);
   desktop_set_key_map(bytes);
   // Key 9 is bit 1 of byte 1; codes outside the map change nothing.
+  EXPECT_EQ(desktop_set_key_down(0, 0), 1);
   EXPECT_EQ(desktop_set_key_down(9, 0), 1);
   EXPECT_EQ(desktop_set_key_down(127, 1), 1);
   EXPECT_EQ(desktop_set_key_down(128, 1), 0);
   EXPECT_EQ(desktop_set_key_down(-1, 1), 0);
+  bytes[0] = static_cast<unsigned char>(bytes[0] & ~0x01);
   bytes[1] = static_cast<unsigned char>(bytes[1] & ~0x02);
   bytes[15] = static_cast<unsigned char>(bytes[15] | 0x80);
 

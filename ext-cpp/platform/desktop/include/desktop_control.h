@@ -11,7 +11,7 @@
 // - a cursor hidden by a count: each CGDisplayHideCursor adds one, each CGDisplayShowCursor
 //   takes one away (never below 0), and the cursor is visible exactly when the count is 0;
 // - the cursor location in doubles, and the 128-bit key map GetKeys copies;
-// - every CF object handed out (lists, dictionaries, numbers, events) with its retain count.
+// - every CF object handed out (lists, dictionaries, numbers, events) until it is released.
 //   Releasing null, an object never handed out or one already freed aborts the process.
 //
 // Every function here and in the platform headers takes one lock, so any thread may call.
