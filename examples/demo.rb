@@ -40,9 +40,9 @@ Window = Struct.new(:number, :name, :pid, :level, :flags) do
   def describe(own_pid)
     owner = pid == own_pid ? "this process" : "pid #{pid}"
     traits = []
-    traits << "off screen" if (flags & Desktop::ON_SCREEN).zero?
+    traits << "off screen" if flags.nobits?(Desktop::ON_SCREEN)
     traits << "desktop element" if flags.anybits?(Desktop::DESKTOP_ELEMENT)
-    traits << "no window object" if (flags & Desktop::KNOWN_TO_APP).zero?
+    traits << "no window object" if flags.nobits?(Desktop::KNOWN_TO_APP)
     traits << (flags.anybits?(Desktop::TOOLBAR) ? "toolbar" : "no toolbar")
     format("  #%-4d %-30s %-14s level %-3d %s", number, name, owner, level, traits.join(", "))
   end
