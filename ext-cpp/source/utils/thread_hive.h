@@ -1,0 +1,69 @@
+#ifndef QUILLMARK_UTILS_THREAD_HIVE_H
+#define QUILLMARK_UTILS_THREAD_HIVE_H
+
+#include <pthread.h>
+
+#include <cstdint>
+
+#include "fast_queue.h"
+
+/// A fixed pool of worker threads that runs queued tasks in first-in, first-out order.
+///
+/// A task is a plain function pointer and one opaque data pointer; the pool never reads
+/// or frees the data. Tasks run on worker threads and must not call into the Ruby
+/// interpreter or the host SDK. A task may enqueue further tasks and use the critical
+/// section, but must not call wait_until_finished() or destroy its own pool: it is itself
+/// still counted as outstanding, so either call would wait for itself forever.
+///
+/// The pool never holds two of its own mutexes at once, so no lock order exists to break.
+class ThreadHive {
+public:
+  struct Task {
+    void (*function)(void* data, ThreadHive* hive);
+    void* data;
+  };
+
+  /// Processors currently online; 1 when the platform cannot tell, so that the usual
+  /// `ThreadHive(ThreadHive::get_num_processors())` always asks for a working pool.
+  static std::uint64_t get_num_processors();
+
+  /// Starts `num_threads` workers (0 is taken as 1). Workers that the system refuses to
+  /// create are left out; if none can be created at all, enqueue() runs each task on the
+  /// calling thread before it returns, so that nothing ever waits for a missing worker.
+  explicit ThreadHive(unsigned long num_threads);
+  ThreadHive(const ThreadHive&) = delete;
+  ThreadHive& operator=(const ThreadHive&) = delete;
+  /// Runs every task still queued, then stops and joins the workers.
+  virtual ~ThreadHive();
+
+  /// Counts the task, queues it and wakes one worker. A task that throws ends the process.
+  void enqueue(void (*function)(void* data, ThreadHive* hive), void* data) noexcept;
+  /// Tasks enqueued and not yet returned: the queued ones plus the running ones.
+  std::uint64_t get_num_tasks();
+  /// Blocks until every task enqueued so far, and every task those enqueued, has returned.
+  void wait_until_finished();
+  void enter_critical_section();
+  void leave_critical_section();
+
+  /// Workers actually running (0 only when the system refused every thread).
+  std::uint64_t get_num_threads() const { return num_threads; }
+
+  /// Start routine of every worker; `hive` is the pool. Returns null when the pool stops.
+  static void* thread_task(void* hive) noexcept;
+
+private:
+  void finish_task();
+
+  FastQueue<Task> queue;
+  pthread_t* threads;
+  pthread_mutex_t queue_mutex;
+  pthread_mutex_t critical_mutex;
+  pthread_mutex_t count_mutex;
+  pthread_cond_t task_cond;
+  pthread_cond_t finished_cond;
+  std::uint64_t num_threads;
+  std::uint64_t num_tasks;
+  bool stop;
+};
+
+#endif

@@ -1,0 +1,184 @@
+#include "parallel_dispatcher.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <random>
+#include <vector>
+
+namespace {
+
+struct Slice {
+  unsigned long begin;
+  unsigned long end;
+  pthread_t thread;
+};
+
+struct Recorder {
+  std::mutex mutex;
+  std::vector<Slice> slices;
+
+  static void record(unsigned long begin, unsigned long end, void* data) {
+    Recorder* self = static_cast<Recorder*>(data);
+    std::lock_guard<std::mutex> lock(self->mutex);
+    self->slices.push_back(Slice{begin, end, pthread_self()});
+  }
+
+  /// The slices of one dispatch, in index order.
+  std::vector<Slice> take_sorted() {
+    std::vector<Slice> taken;
+    taken.swap(slices);
+    std::sort(taken.begin(), taken.end(),
+              [](const Slice& a, const Slice& b) { return a.begin < b.begin; });
+    return taken;
+  }
+};
+
+using Bounds = std::vector<std::pair<unsigned long, unsigned long>>;
+
+Bounds bounds_of(const std::vector<Slice>& slices) {
+  Bounds bounds;
+  for (const Slice& s : slices) bounds.emplace_back(s.begin, s.end);
+  return bounds;
+}
+
+}  // namespace
+
+TEST(ParallelDispatcher, CallerCountsAsOneOfTheThreads) {
+  for (unsigned long n : {0ul, 1ul, 2ul}) {
+    ParallelDispatcher dispatcher(n);
+    EXPECT_EQ(dispatcher.get_num_workers(), 1u) << n << " threads";
+  }
+  ParallelDispatcher eight(8);
+  EXPECT_EQ(eight.get_num_workers(), 7u);
+}
+
+TEST(ParallelDispatcher, PartitionsLikeTheWorkedTable) {
+  ParallelDispatcher dispatcher(4);  // three workers
+  Recorder recorder;
+  const pthread_t caller = pthread_self();
+  struct Case {
+    unsigned long h, t;
+    Bounds expected;
+  };
+  const Case cases[] = {
+      {0, 10, {{0, 3}, {3, 6}, {6, 8}, {8, 10}}},
+      {0, 4, {{0, 1}, {1, 2}, {2, 3}, {3, 4}}},
+      {5, 8, {{5, 6}, {6, 7}, {7, 8}}},
+      {7, 8, {{7, 8}}},
+  };
+  for (const Case& c : cases) {
+    dispatcher.distribute_task(&Recorder::record, c.h, c.t, &recorder);
+    const std::vector<Slice> slices = recorder.take_sorted();
+    EXPECT_EQ(bounds_of(slices), c.expected) << "[" << c.h << ", " << c.t << ")";
+    ASSERT_FALSE(slices.empty());
+    EXPECT_TRUE(pthread_equal(slices.back().thread, caller)) << "the caller runs the last slice";
+    for (std::size_t i = 0; i + 1 < slices.size(); ++i) {
+      EXPECT_FALSE(pthread_equal(slices[i].thread, caller)) << "slice " << i << " belongs to a worker";
+      for (std::size_t j = i + 1; j + 1 < slices.size(); ++j) {
+        EXPECT_FALSE(pthread_equal(slices[i].thread, slices[j].thread)) << "one slice per worker";
+      }
+    }
+  }
+}
+
+TEST(ParallelDispatcher, EmptyRangeCallsNothing) {
+  ParallelDispatcher dispatcher(3);
+  Recorder recorder;
+  dispatcher.distribute_task(&Recorder::record, 0, 0, &recorder);
+  dispatcher.distribute_task(&Recorder::record, 12345, 12345, &recorder);
+  EXPECT_TRUE(recorder.slices.empty());
+}
+
+TEST(ParallelDispatcher, SlicesCoverRandomRangesExactlyOnce) {
+  std::mt19937_64 rng(7031);
+  std::uniform_int_distribution<unsigned long> start(0, 1ul << 40);
+  std::uniform_int_distribution<unsigned long> small_length(0, 40);
+  std::uniform_int_distribution<unsigned long> large_length(41, 100000);
+  Recorder recorder;
+  const pthread_t caller = pthread_self();
+  for (unsigned long threads = 0; threads <= 6; ++threads) {
+    ParallelDispatcher dispatcher(threads);
+    const std::uint64_t w = dispatcher.get_num_workers();
+    for (int round = 0; round < 60; ++round) {
+      const unsigned long h = start(rng);
+      const unsigned long n = round % 3 == 0 ? large_length(rng) : small_length(rng);
+      dispatcher.distribute_task(&Recorder::record, h, h + n, &recorder);
+      const std::vector<Slice> slices = recorder.take_sorted();
+      if (n == 0) {
+        EXPECT_TRUE(slices.empty());
+        continue;
+      }
+      // Contiguous, non-empty, covering [h, h + n): each index exactly once.
+      ASSERT_EQ(slices.size(), std::min<std::uint64_t>(n, w + 1));
+      unsigned long cursor = h;
+      for (const Slice& s : slices) {
+        ASSERT_EQ(s.begin, cursor);
+        ASSERT_GT(s.end, s.begin);
+        cursor = s.end;
+      }
+      ASSERT_EQ(cursor, h + n);
+      EXPECT_TRUE(pthread_equal(slices.back().thread, caller));
+      // Balanced: sizes never grow along the range and differ by at most one, the caller's
+      // slice being one of the smallest.
+      const unsigned long smallest = slices.back().end - slices.back().begin;
+      for (std::size_t i = 0; i < slices.size(); ++i) {
+        const unsigned long length = slices[i].end - slices[i].begin;
+        EXPECT_LE(length - smallest, 1u) << "slice " << i << " of " << n << " indices";
+        if (i > 0) {
+          EXPECT_LE(length, slices[i - 1].end - slices[i - 1].begin);
+        }
+      }
+    }
+  }
+}
+
+namespace {
+
+struct Work {
+  std::atomic<std::uint64_t> indices_done{0};
+  std::atomic<std::uint64_t> sum{0};
+};
+
+void add_indices(unsigned long begin, unsigned long end, void* data) {
+  Work* work = static_cast<Work*>(data);
+  std::uint64_t sum = 0;
+  for (unsigned long i = begin; i < end; ++i) sum += i;
+  work->sum.fetch_add(sum);
+  // Reported last: if the dispatch returned before this, the count below would be short.
+  work->indices_done.fetch_add(end - begin);
+}
+
+}  // namespace
+
+TEST(ParallelDispatcher, ManyDispatchesInARowLoseNoWakeUp) {
+  for (unsigned long threads : {2ul, 3ul}) {
+    ParallelDispatcher dispatcher(threads);
+    Work work;
+    std::uint64_t expected_indices = 0;
+    std::uint64_t expected_sum = 0;
+    const int dispatches = threads == 2 ? 20000 : 5000;
+    for (int d = 0; d < dispatches; ++d) {
+      const unsigned long h = static_cast<unsigned long>(d);
+      const unsigned long n = static_cast<unsigned long>(d % 7);  // includes 0, 1 and W + 1
+      dispatcher.distribute_task(&add_indices, h, h + n, &work);
+      expected_indices += n;
+      for (unsigned long i = h; i < h + n; ++i) expected_sum += i;
+      ASSERT_EQ(work.indices_done.load(), expected_indices) << "dispatch " << d << " returned early";
+    }
+    EXPECT_EQ(work.sum.load(), expected_sum);
+  }
+}
+
+TEST(ParallelDispatcherDeathTest, ReversedRangeIsFatal) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  ParallelDispatcher dispatcher(2);
+  Work work;
+  EXPECT_DEATH(dispatcher.distribute_task(&add_indices, 5, 4, &work),
+               "Assertion failed: t >= h, function distribute_task, file "
+               ".*parallel_dispatcher\\.cpp, line");
+}
