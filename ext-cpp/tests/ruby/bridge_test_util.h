@@ -19,6 +19,13 @@ inline VALUE let(const char* name, VALUE value) {
 /// Whether Ruby code evaluates to something truthy; a raise fails the test.
 inline bool truthy(const char* ruby_code) { return RTEST(eval(ruby_code)); }
 
+/// How many rounds a property loop runs: `normal`, or a tenth (at least 5) under GC.stress,
+/// where every allocation collects and the point is the collector's timing, not more values.
+inline int rounds(int normal) {
+  static const bool stress = RTEST(eval("GC.stress"));
+  return stress ? (normal / 10 > 5 ? normal / 10 : 5) : normal;
+}
+
 /// The raw bytes of a Ruby String.
 inline std::string bytes_of(VALUE string) {
   return std::string(RSTRING_PTR(string), static_cast<size_t>(RSTRING_LEN(string)));

@@ -68,7 +68,7 @@ const Geom::Vector3 SENTINEL(-7.0, -7.0, -7.0);
 
 TEST(GeometryVectors, RoundTripExactlyThroughPointsAndVectors) {
   std::mt19937 rng(11);
-  for (int round = 0; round < 200; ++round) {
+  for (int round = 0; round < qmtest::rounds(200); ++round) {
     Geom::Vector3 v = random_vector(rng);
     Geom::Vector3 back;
 
@@ -194,7 +194,7 @@ TEST(GeometryVectors, SafeFormAnswersFalseInsteadOfRaising) {
 
 TEST(GeometryTransformations, RoundTripAllSixteenElementsInOrder) {
   std::mt19937 rng(5);
-  for (int round = 0; round < 100; ++round) {
+  for (int round = 0; round < qmtest::rounds(100); ++round) {
     Geom::Transformation t = random_matrix(rng);
     VALUE ruby = let("$t", RU::transformation_to_value(t));
     ASSERT_TRUE(truthy("$t.instance_of?(Geom::Transformation)"));
@@ -320,7 +320,7 @@ TEST(GeometryTransformations, AffineFormKeepsRigidMotionsWithAnyAxisScales) {
   std::mt19937 rng(3);
   std::uniform_real_distribution<double> angle(-Geom::PI, Geom::PI);
   std::uniform_real_distribution<double> scale(0.01, 100.0);
-  for (int round = 0; round < 100; ++round) {
+  for (int round = 0; round < qmtest::rounds(100); ++round) {
     Geom::Vector3 axis = random_vector(rng).normalize();
     Geom::Transformation t = Geom::Transformation::rotate(axis, angle(rng));
     t.x_axis.scale_self(scale(rng) * (rng() % 2 ? 1 : -1));
@@ -346,7 +346,7 @@ TEST(GeometryTransformations, AffineFormKeepsRigidMotionsWithAnyAxisScales) {
 
 TEST(GeometryBoxes, RoundTripAndScaleNonEmptyBoxes) {
   std::mt19937 rng(8);
-  for (int round = 0; round < 100; ++round) {
+  for (int round = 0; round < qmtest::rounds(100); ++round) {
     Geom::Vector3 a = random_vector(rng);
     Geom::Vector3 b = round == 0 ? a : random_vector(rng);  // first a box of one point
     Geom::BoundingBox3 box(Geom::Vector3(std::fmin(a.x, b.x), std::fmin(a.y, b.y), std::fmin(a.z, b.z)),
@@ -420,7 +420,7 @@ TEST(GeometryBoxes, OnlyBoundingBoxesAreRead) {
 
 TEST(GeometryColors, RoundTripEveryChannel) {
   std::mt19937 rng(42);
-  for (int round = 0; round < 100; ++round) {
+  for (int round = 0; round < qmtest::rounds(100); ++round) {
     Geom::Color c(static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()),
                   static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()));
     if (round < 2) c = round == 0 ? Geom::Color(0, 0, 0, 0) : Geom::Color(255, 255, 255, 255);

@@ -70,7 +70,7 @@ TEST(StringsToValue, WideStringsMatchTheInterpretersOwnEncoding) {
   std::vector<wchar_t> units = {0x1,  0x7F,   0x80,   0x7FF,   0x800,    0xD7FF,
                                 0xE000, 0xFFFD, 0xFFFF, 0x10000, 0x10FFFF, 0x41};
   std::mt19937 rng(20240611);
-  for (int round = 0; round < 200; ++round) {
+  for (int round = 0; round < qmtest::rounds(200); ++round) {
     let_codes(units);
     VALUE counted = let("$s", RU::to_value(units.data(), static_cast<unsigned>(units.size())));
     ASSERT_TRUE(truthy("$s == $codes.pack('U*') && $s.encoding == Encoding::UTF_8 && "
@@ -108,7 +108,7 @@ TEST(StringsToValue, InvalidCodePointsRaiseTheInterpretersError) {
 TEST(StringsValueToWide, RoundTripsTheWholeUnicodeRange) {
   std::mt19937 rng(777);
   std::string error;
-  for (int round = 0; round < 200; ++round) {
+  for (int round = 0; round < qmtest::rounds(200); ++round) {
     std::vector<wchar_t> units(rng() % 50);
     for (wchar_t& unit : units) {
       // Every fourth text is pure ASCII, which takes a path of its own.
@@ -163,7 +163,7 @@ TEST(StringsValueToWide, ConvertsThroughToStrAndRefusesTheRest) {
 
 TEST(ArrayDeleteFirst, AgreesWithIndexAndDeleteAtOnRandomArrays) {
   std::mt19937 rng(99);
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < qmtest::rounds(300); ++round) {
     VALUE array = let("$a", rb_ary_new());
     for (unsigned i = rng() % 8; i > 0; --i) rb_ary_push(array, INT2FIX(rng() % 4));
     VALUE item = let("$item", INT2FIX(rng() % 5));
