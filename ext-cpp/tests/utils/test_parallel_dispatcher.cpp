@@ -161,7 +161,7 @@ TEST(ParallelDispatcher, ManyDispatchesInARowLoseNoWakeUp) {
     Work work;
     std::uint64_t expected_indices = 0;
     std::uint64_t expected_sum = 0;
-    const int dispatches = threads == 2 ? 20000 : 5000;
+    const int dispatches = threads == 2 ? 20000 : 3000;
     for (int d = 0; d < dispatches; ++d) {
       const unsigned long h = static_cast<unsigned long>(d);
       const unsigned long n = static_cast<unsigned long>(d % 7);  // includes 0, 1 and W + 1
