@@ -4,9 +4,14 @@
 // Small helpers for the conversion tests: values cross into Ruby code through global
 // variables, which also keeps them marked while the test holds them.
 
+#include <cstdint>
 #include <string>
 
 #include "embedded_ruby.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/asan_interface.h>
+#endif
 
 namespace qmtest {
 
@@ -24,6 +29,27 @@ inline bool truthy(const char* ruby_code) { return RTEST(eval(ruby_code)); }
 inline int rounds(int normal) {
   static const bool stress = RTEST(eval("GC.stress"));
   return stress ? (normal / 10 > 5 ? normal / 10 : 5) : normal;
+}
+
+/// A raise inside the interpreter longjmps past our instrumented frames without
+/// AddressSanitizer seeing it (the interpreter is not instrumented), so their redzones stay
+/// poisoned below the landing frame and a later, deeper frame trips over them. Clears the
+/// shadow of the stack below the caller.
+[[gnu::noinline]] inline void forget_abandoned_frames() {
+#if defined(__SANITIZE_ADDRESS__)
+  constexpr std::uintptr_t SPAN = 512 * 1024;
+  char here = 0;
+  auto top = reinterpret_cast<std::uintptr_t>(&here);
+  __asan_unpoison_memory_region(reinterpret_cast<void*>(top - SPAN), SPAN);
+#endif
+}
+
+/// qmtest::raised_by, leaving the stack clean for AddressSanitizer after a raise.
+template <class F>
+std::string raises(F&& f) {
+  std::string error = raised_by(static_cast<F&&>(f));
+  if (!error.empty()) forget_abandoned_frames();
+  return error;
 }
 
 /// The raw bytes of a Ruby String.
