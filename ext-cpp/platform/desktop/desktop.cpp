@@ -189,6 +189,7 @@ namespace {
 const __CFString owner_pid_key{"kCGWindowOwnerPID"};
 const __CFString window_number_key{"kCGWindowNumber"};
 const __CFString window_layer_key{"kCGWindowLayer"};
+const __CFString window_name_key{"kCGWindowName"};
 }  // namespace
 
 extern "C" {
@@ -196,6 +197,7 @@ extern "C" {
 const CFStringRef kCGWindowOwnerPID = &owner_pid_key;
 const CFStringRef kCGWindowNumber = &window_number_key;
 const CFStringRef kCGWindowLayer = &window_layer_key;
+const CFStringRef kCGWindowName = &window_name_key;
 
 // CoreFoundation
 

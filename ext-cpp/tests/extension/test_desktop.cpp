@@ -53,6 +53,7 @@ TEST_F(DesktopTest, WindowInfoCarriesOwnerNumberAndLayerAsNumbers) {
   EXPECT_EQ(integer_for(info, kCGWindowOwnerPID), getpid() + 1);
   EXPECT_EQ(integer_for(info, kCGWindowNumber), 42);
   EXPECT_EQ(integer_for(info, kCGWindowLayer), -20);
+  EXPECT_EQ(ns_object_for_keyed_subscript(info, kCGWindowName), nullptr);
   CFRelease(list);
 }
 
@@ -112,7 +113,7 @@ TEST_F(DesktopDeathTest, ListingModesThatAreNotSimulatedAbort) {
   EXPECT_DEATH(CGWindowListCopyWindowInfo(kCGWindowListOptionOnScreenOnly, 1), "relativeToWindow");
 }
 
-TEST_F(DesktopTest, FailureModesLastUntilSwitchedOffOrReset) {
+TEST_F(DesktopTest, FailureModesLastUntilSwitchedOffAndResetClearsThem) {
   add_own(1, 0, MAIN_WINDOW);
   desktop_set_no_window_list(1);
   EXPECT_EQ(CGWindowListCopyWindowInfo(kCGWindowListOptionAll, kCGNullWindowID), nullptr);
@@ -122,7 +123,10 @@ TEST_F(DesktopTest, FailureModesLastUntilSwitchedOffOrReset) {
 
   desktop_set_no_window_list(1);
   desktop_set_warp_fails(1);
+  desktop_set_cursor_location(5.0, 6.0);
   desktop_reset();
+  EXPECT_EQ(desktop_cursor_x(), 0.0);
+  EXPECT_EQ(desktop_cursor_y(), 0.0);
   EXPECT_EQ(listed_numbers(kCGWindowListOptionAll), std::vector<long>{});
   EXPECT_EQ(CGWarpMouseCursorPosition(CGPoint{1.0, 2.0}), kCGErrorSuccess);
 }

@@ -45,6 +45,8 @@ enum { kCGErrorSuccess = 0, kCGErrorFailure = 1000, kCGErrorIllegalArgument = 10
 DESKTOP_API extern const CFStringRef kCGWindowOwnerPID;
 DESKTOP_API extern const CFStringRef kCGWindowNumber;
 DESKTOP_API extern const CFStringRef kCGWindowLayer;
+/// Never present here, as on a system that does not let this process read window titles.
+DESKTOP_API extern const CFStringRef kCGWindowName;
 
 /// A new list (release it with CFRelease) of one dictionary per window, front to back,
 /// filtered by option; relativeToWindow must be kCGNullWindowID, the only mode simulated.
