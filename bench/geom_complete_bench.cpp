@@ -49,7 +49,7 @@ std::vector<Transformation> rotations() {
 
 // Quaternion from a rotation matrix
 
-void BM_QuaternionFromTransformation_Geom(benchmark::State& state) {
+void QuaternionFromTransformation_Geom(benchmark::State& state) {
   std::vector<Transformation> const in = rotations();
   std::size_t i = 0;
   for (auto _ : state) {
@@ -59,9 +59,9 @@ void BM_QuaternionFromTransformation_Geom(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_QuaternionFromTransformation_Geom);
+BENCHMARK(QuaternionFromTransformation_Geom);
 
-void BM_QuaternionFromTransformation_Eigen(benchmark::State& state) {
+void QuaternionFromTransformation_Eigen(benchmark::State& state) {
   std::vector<Eigen::Matrix4d> in;
   for (Transformation const& t : rotations()) in.emplace_back(Eigen::Map<const Eigen::Matrix4d>(t.data()));
   std::size_t i = 0;
@@ -72,9 +72,9 @@ void BM_QuaternionFromTransformation_Eigen(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_QuaternionFromTransformation_Eigen);
+BENCHMARK(QuaternionFromTransformation_Eigen);
 
-void BM_QuaternionFromTransformation_glm(benchmark::State& state) {
+void QuaternionFromTransformation_glm(benchmark::State& state) {
   std::vector<glm::dmat4> in;
   for (Transformation const& t : rotations()) {
     glm::dmat4 m;
@@ -89,11 +89,11 @@ void BM_QuaternionFromTransformation_glm(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_QuaternionFromTransformation_glm);
+BENCHMARK(QuaternionFromTransformation_glm);
 
 // Rotation matrix (with translation) from a quaternion
 
-void BM_TransformationFromQuaternion_Geom(benchmark::State& state) {
+void TransformationFromQuaternion_Geom(benchmark::State& state) {
   std::vector<Quaternion> const in = unit_quaternions();
   Vector3 const position(1, 2, 3);
   std::size_t i = 0;
@@ -104,9 +104,9 @@ void BM_TransformationFromQuaternion_Geom(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_TransformationFromQuaternion_Geom);
+BENCHMARK(TransformationFromQuaternion_Geom);
 
-void BM_TransformationFromQuaternion_Eigen(benchmark::State& state) {
+void TransformationFromQuaternion_Eigen(benchmark::State& state) {
   std::vector<Eigen::Quaterniond> in;
   for (Quaternion const& q : unit_quaternions()) in.emplace_back(q.w, q.x, q.y, q.z);
   Eigen::Vector3d const position(1, 2, 3);
@@ -122,9 +122,9 @@ void BM_TransformationFromQuaternion_Eigen(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_TransformationFromQuaternion_Eigen);
+BENCHMARK(TransformationFromQuaternion_Eigen);
 
-void BM_TransformationFromQuaternion_glm(benchmark::State& state) {
+void TransformationFromQuaternion_glm(benchmark::State& state) {
   std::vector<glm::dquat> in;
   for (Quaternion const& q : unit_quaternions()) in.emplace_back(q.w, q.x, q.y, q.z);
   glm::dvec3 const position(1, 2, 3);
@@ -137,7 +137,7 @@ void BM_TransformationFromQuaternion_glm(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_TransformationFromQuaternion_glm);
+BENCHMARK(TransformationFromQuaternion_glm);
 
 // Frame interpolation
 
@@ -153,7 +153,7 @@ std::vector<Transformation> scaled_frames(std::uint64_t seed) {
   return out;
 }
 
-void BM_UniformTransition_Geom(benchmark::State& state) {
+void UniformTransition_Geom(benchmark::State& state) {
   std::vector<Transformation> const a = scaled_frames(2);
   std::vector<Transformation> const b = scaled_frames(3);
   std::size_t i = 0;
@@ -164,12 +164,12 @@ void BM_UniformTransition_Geom(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_UniformTransition_Geom);
+BENCHMARK(UniformTransition_Geom);
 
 // The usual alternative: decompose both frames into rotation, scale and translation once
 // per call, slerp the rotations, lerp the rest, and compose. A different algorithm with
 // the same job, so a peer rather than a floor.
-void BM_UniformTransition_EigenSlerp(benchmark::State& state) {
+void UniformTransition_EigenSlerp(benchmark::State& state) {
   struct Frame {
     Eigen::Matrix3d linear;
     Eigen::Vector3d origin;
@@ -198,7 +198,7 @@ void BM_UniformTransition_EigenSlerp(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_UniformTransition_EigenSlerp);
+BENCHMARK(UniformTransition_EigenSlerp);
 
 // inv_sqrt
 
@@ -238,25 +238,25 @@ void run_inv_sqrt(benchmark::State& state, F f) {
   state.counters["max_rel_err"] = max_relative_error<T>(f);
 }
 
-void BM_InvSqrt_double_Geom(benchmark::State& state) {
+void InvSqrt_double_Geom(benchmark::State& state) {
   run_inv_sqrt<double>(state, [](double x) { return Geom::inv_sqrt(x); });
 }
-BENCHMARK(BM_InvSqrt_double_Geom);
+BENCHMARK(InvSqrt_double_Geom);
 
-void BM_InvSqrt_double_StdSqrt(benchmark::State& state) {
+void InvSqrt_double_StdSqrt(benchmark::State& state) {
   run_inv_sqrt<double>(state, [](double x) { return 1.0 / std::sqrt(x); });
 }
-BENCHMARK(BM_InvSqrt_double_StdSqrt);
+BENCHMARK(InvSqrt_double_StdSqrt);
 
-void BM_InvSqrt_float_Geom(benchmark::State& state) {
+void InvSqrt_float_Geom(benchmark::State& state) {
   run_inv_sqrt<float>(state, [](float x) { return Geom::inv_sqrt(x); });
 }
-BENCHMARK(BM_InvSqrt_float_Geom);
+BENCHMARK(InvSqrt_float_Geom);
 
-void BM_InvSqrt_float_StdSqrt(benchmark::State& state) {
+void InvSqrt_float_StdSqrt(benchmark::State& state) {
   run_inv_sqrt<float>(state, [](float x) { return 1.0f / std::sqrt(x); });
 }
-BENCHMARK(BM_InvSqrt_float_StdSqrt);
+BENCHMARK(InvSqrt_float_StdSqrt);
 
 // 2-D segment intersection
 
@@ -275,7 +275,7 @@ std::vector<SegmentPair> segment_pairs() {
   return out;
 }
 
-void BM_SegmentSegment_Geom(benchmark::State& state) {
+void SegmentSegment_Geom(benchmark::State& state) {
   std::vector<SegmentPair> const in = segment_pairs();
   std::size_t i = 0;
   Vector2 out;
@@ -287,10 +287,10 @@ void BM_SegmentSegment_Geom(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_SegmentSegment_Geom);
+BENCHMARK(SegmentSegment_Geom);
 
 // The same formula on bare doubles, inlined into the loop: the floor for our row.
-void BM_SegmentSegment_ScalarFloor(benchmark::State& state) {
+void SegmentSegment_ScalarFloor(benchmark::State& state) {
   std::vector<SegmentPair> const in = segment_pairs();
   std::size_t i = 0;
   double ox = 0.0, oy = 0.0;
@@ -318,7 +318,7 @@ void BM_SegmentSegment_ScalarFloor(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_SegmentSegment_ScalarFloor);
+BENCHMARK(SegmentSegment_ScalarFloor);
 
 // Turned planar boxes
 
@@ -335,7 +335,7 @@ std::vector<AlignedBoundingBox2> turned_boxes(std::uint64_t seed) {
   return out;
 }
 
-void BM_BoxIntersects_Geom(benchmark::State& state) {
+void BoxIntersects_Geom(benchmark::State& state) {
   std::vector<AlignedBoundingBox2> const a = turned_boxes(6);
   std::vector<AlignedBoundingBox2> const b = turned_boxes(7);
   std::size_t i = 0;
@@ -346,12 +346,12 @@ void BM_BoxIntersects_Geom(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_BoxIntersects_Geom);
+BENCHMARK(BoxIntersects_Geom);
 
 // The common alternative for two oriented rectangles: project both onto the four side
 // directions and look for a gap (separating axes). Also exact for proper boxes, and the
 // usual choice in collision code, so it is the peer here.
-void BM_BoxIntersects_SeparatingAxes(benchmark::State& state) {
+void BoxIntersects_SeparatingAxes(benchmark::State& state) {
   std::vector<AlignedBoundingBox2> const a = turned_boxes(6);
   std::vector<AlignedBoundingBox2> const b = turned_boxes(7);
   std::size_t i = 0;
@@ -382,6 +382,6 @@ void BM_BoxIntersects_SeparatingAxes(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_BoxIntersects_SeparatingAxes);
+BENCHMARK(BoxIntersects_SeparatingAxes);
 
 }  // namespace

@@ -134,6 +134,29 @@ TEST(Interpolation, HalfTurnSwingsAboutOwnXAxis) {
   expect_near(id.uniform_transition_to(flip, 1.0), flip);
 }
 
+TEST(Interpolation, BoundaryCases) {
+  Transformation const id;
+  // An exact half twist about z reads as +π (r.y is exactly 0), so halfway is −90°.
+  Transformation const half_z(Vector3(-1, 0, 0), Vector3(0, -1, 0), Vector3(0, 0, 1));
+  expect_near(id.uniform_transition_to(half_z, 0.5).x_axis, Vector3(0, -1, 0));
+  expect_near(id.uniform_normal_transition_to(half_z, 0.5).x_axis, Vector3(0, -1, 0));
+
+  // z axes whose cosine is exactly 0.9999995 count as parallel: the swing pivots about A's
+  // x axis instead of z_A × z_B, so z does not land on B's z.
+  double const c = 0.9999995;
+  double const s = std::sqrt(1.0 - c * c);
+  Transformation const tilted(Vector3(c, 0, -s), Vector3(0, 1, 0), Vector3(s, 0, c));
+  Transformation const m = id.uniform_normal_transition_to(tilted, 1.0);
+  EXPECT_NEAR(m.z_axis.y, -s, 1e-9);
+  EXPECT_NEAR(m.z_axis.x, 0.0, 1e-15);
+
+  // Opposite z axes whose dot product rounds below −1 must still give a half swing.
+  Transformation long_flip = Transformation::rotatex(kPi);
+  long_flip.z_axis.z = -1.000001;
+  expect_finite(id.uniform_normal_transition_to(long_flip, 0.5));
+  expect_near(id.uniform_normal_transition_to(long_flip, 0.5).z_axis, Vector3(0, -1, 0), 1e-9);
+}
+
 TEST(Interpolation, LengthsWeightsAndOrigins) {
   Transformation const id;
   Transformation const b = scaled_frame(Vector3(2, 3, 4), Vector3(10, 0, -4));
