@@ -1,6 +1,7 @@
 #include "ruby_geometry.h"
 
 #include <cmath>
+#include <cstring>
 
 #include "geom_tolerances.h"
 #include "ruby_handles.h"
@@ -29,8 +30,47 @@ VALUE new_triple(VALUE klass, Geom::Vector3 const& v, double factor) {
   return rb_class_new_instance(3, args, klass);
 }
 
-// Element k of the Array that `to_a` answered; refuses an answer that is no Array rather
-// than read it as one.
+// Every instance of Array or of a subclass is a T_ARRAY object and nothing else is, so the
+// type tag answers rb_obj_is_kind_of(value, rb_cArray) without walking ancestors.
+bool is_array(VALUE value) { return RB_TYPE_P(value, T_ARRAY); }
+
+// An instance of exactly `klass` is answered from its class pointer; subclasses, and objects
+// with a singleton class, take the full ancestor test.
+bool is_kind_of(VALUE value, VALUE klass) {
+  if (!SPECIAL_CONST_P(value) && RBASIC_CLASS(value) == klass) return true;
+  return RTEST(rb_obj_is_kind_of(value, klass));
+}
+
+// rb_ary_entry for k >= 0, inlined: past the end reads nil. The length is read on every
+// call because converting an earlier element may run Ruby code (a custom to_f) that
+// changes the array.
+VALUE entry(VALUE array, long k) {
+  return k < RARRAY_LEN(array) ? RARRAY_CONST_PTR(array)[k] : Qnil;
+}
+
+// rb_num2dbl, with the two common immediates decoded inline: a call per element is most of
+// a 16-element read. A flonum is a Float stored in the VALUE itself: the double's bits
+// rotated left by 3, with bits 62 and 61 (which a flonum's exponent has complementary)
+// replaced by the tag, and +0.0 kept as one fixed pattern. This layout has been the same on
+// every 64-bit interpreter since flonums appeared.
+double to_double(VALUE number) {
+#if USE_FLONUM
+  if (RB_FLONUM_P(number)) {
+    constexpr VALUE POSITIVE_ZERO = VALUE{1} << 63 | 0x02;
+    if (number == POSITIVE_ZERO) return 0.0;
+    VALUE bits = (2 - (number >> 63)) | (number & ~VALUE{0x03});
+    bits = bits >> 3 | bits << 61;
+    double d;
+    std::memcpy(&d, &bits, sizeof d);
+    return d;
+  }
+#endif
+  if (RB_FIXNUM_P(number)) return static_cast<double>(FIX2LONG(number));
+  return rb_num2dbl(number);
+}
+
+// The Array that `to_a` answered; refuses an answer that is no Array rather than read it
+// as one.
 VALUE checked_to_a(VALUE value) {
   VALUE array = rb_funcall(value, INTERN_TO_A, 0);
   Check_Type(array, T_ARRAY);
@@ -40,14 +80,14 @@ VALUE checked_to_a(VALUE value) {
 // Converts the three fetched components and stores each as soon as it converts, so a
 // failure part-way leaves the earlier ones written.
 void store_components(VALUE x, VALUE y, VALUE z, Geom::Vector3& out, double factor) {
-  out.x = rb_num2dbl(x) * factor;
-  out.y = rb_num2dbl(y) * factor;
-  out.z = rb_num2dbl(z) * factor;
+  out.x = to_double(x) * factor;
+  out.y = to_double(y) * factor;
+  out.z = to_double(z) * factor;
 }
 
 // The value itself when it already is a `klass`, else klass.new(value).
 VALUE coerce(VALUE value, VALUE klass) {
-  if (RTEST(rb_obj_is_kind_of(value, klass))) return value;
+  if (is_kind_of(value, klass)) return value;
   return rb_class_new_instance(1, &value, klass);
 }
 
@@ -109,15 +149,15 @@ void value_to_vector(VALUE value, Geom::Vector3& out) { value_to_vector2(value, 
 
 void value_to_vector2(VALUE value, Geom::Vector3& out, double factor) {
   VALUE x, y, z;
-  if (RTEST(rb_obj_is_kind_of(value, rb_cArray))) {
-    x = rb_ary_entry(value, 0);
-    y = rb_ary_entry(value, 1);
-    z = rb_ary_entry(value, 2);
-  } else if (RTEST(rb_obj_is_kind_of(value, SU_POINT3D))) {
+  if (is_array(value)) {
+    x = entry(value, 0);
+    y = entry(value, 1);
+    z = entry(value, 2);
+  } else if (is_kind_of(value, SU_POINT3D)) {
     VALUE array = checked_to_a(value);
-    x = rb_ary_entry(array, 0);
-    y = rb_ary_entry(array, 1);
-    z = rb_ary_entry(array, 2);
+    x = entry(array, 0);
+    y = entry(array, 1);
+    z = entry(array, 2);
     RB_GC_GUARD(array);
   } else {
     x = rb_funcall(value, INTERN_X, 0);
@@ -133,10 +173,10 @@ void value_to_vector2(VALUE value, Geom::Vector3& out, double factor) {
 }
 
 bool value_to_vector_safe(VALUE value, Geom::Vector3& out) {
-  if (RTEST(rb_obj_is_kind_of(value, rb_cArray)) && RARRAY_LEN(value) >= 3) {
-    VALUE x = rb_ary_entry(value, 0);
-    VALUE y = rb_ary_entry(value, 1);
-    VALUE z = rb_ary_entry(value, 2);
+  if (is_array(value) && RARRAY_LEN(value) >= 3) {
+    VALUE x = entry(value, 0);
+    VALUE y = entry(value, 1);
+    VALUE z = entry(value, 2);
     if (!RTEST(rb_obj_is_kind_of(x, rb_cNumeric)) || !RTEST(rb_obj_is_kind_of(y, rb_cNumeric)) ||
         !RTEST(rb_obj_is_kind_of(z, rb_cNumeric))) {
       return false;
@@ -144,10 +184,10 @@ bool value_to_vector_safe(VALUE value, Geom::Vector3& out) {
     store_components(x, y, z, out, 1.0);
     return true;
   }
-  if (RTEST(rb_obj_is_kind_of(value, SU_POINT3D)) || RTEST(rb_obj_is_kind_of(value, SU_VECTOR3D))) {
-    out.x = rb_num2dbl(rb_funcall(value, INTERN_X, 0));
-    out.y = rb_num2dbl(rb_funcall(value, INTERN_Y, 0));
-    out.z = rb_num2dbl(rb_funcall(value, INTERN_Z, 0));
+  if (is_kind_of(value, SU_POINT3D) || is_kind_of(value, SU_VECTOR3D)) {
+    out.x = to_double(rb_funcall(value, INTERN_X, 0));
+    out.y = to_double(rb_funcall(value, INTERN_Y, 0));
+    out.z = to_double(rb_funcall(value, INTERN_Z, 0));
     return true;
   }
   return false;
@@ -161,7 +201,7 @@ void value_to_transformation2(VALUE value, Geom::Transformation& out, double fac
   VALUE array = checked_to_a(coerce(value, SU_TRANSFORMATION));
   double* m = out.data();
   for (int k = 0; k < 16; ++k) {
-    m[k] = rb_num2dbl(rb_ary_entry(array, k)) * scale_for_element(k, factor);
+    m[k] = to_double(entry(array, k)) * scale_for_element(k, factor);
   }
   RB_GC_GUARD(array);
 }
@@ -174,11 +214,11 @@ void value_to_transformation3(VALUE value, Geom::Transformation& out) {
   Geom::Transformation t;
   Geom::Vector4* columns[4] = {&t.x_axis, &t.y_axis, &t.z_axis, &t.origin};
   for (int c = 0; c < 4; ++c) {
-    columns[c]->x = rb_num2dbl(rb_ary_entry(array, 4 * c));
-    columns[c]->y = rb_num2dbl(rb_ary_entry(array, 4 * c + 1));
-    columns[c]->z = rb_num2dbl(rb_ary_entry(array, 4 * c + 2));
+    columns[c]->x = to_double(entry(array, 4 * c));
+    columns[c]->y = to_double(entry(array, 4 * c + 1));
+    columns[c]->z = to_double(entry(array, 4 * c + 2));
   }
-  double w = rb_num2dbl(rb_ary_entry(array, 15));
+  double w = to_double(entry(array, 15));
   RB_GC_GUARD(array);
 
   // A weight other than 1 scales the whole matrix (the host keeps a uniform scale there);
@@ -205,7 +245,7 @@ void value_to_transformation3(VALUE value, Geom::Transformation& out) {
 void value_to_bb(VALUE value, Geom::BoundingBox3& out) { value_to_bb2(value, out, 1.0); }
 
 void value_to_bb2(VALUE value, Geom::BoundingBox3& out, double factor) {
-  if (!RTEST(rb_obj_is_kind_of(value, SU_BOUNDING_BOX))) {
+  if (!is_kind_of(value, SU_BOUNDING_BOX)) {
     rb_raise(rb_eTypeError, "Expected %" PRIsVALUE, rb_class_name(SU_BOUNDING_BOX));
   }
   value_to_vector2(rb_funcall(value, INTERN_MIN, 0), out.min, factor);

@@ -47,6 +47,27 @@ char* put_utf8(std::uint32_t code, unsigned length, char* out) {
   return out;
 }
 
+// Decodes one character of UTF-8 already known to be well formed (the String's coderange
+// says so) and answers the position after it.
+unsigned char const* get_utf8(unsigned char const* p, wchar_t& out) {
+  unsigned lead = *p;
+  if (lead < 0x80) {
+    out = static_cast<wchar_t>(lead);
+    return p + 1;
+  }
+  if (lead < 0xE0) {
+    out = static_cast<wchar_t>(((lead & 0x1Fu) << 6) | (p[1] & 0x3Fu));
+    return p + 2;
+  }
+  if (lead < 0xF0) {
+    out = static_cast<wchar_t>(((lead & 0x0Fu) << 12) | ((p[1] & 0x3Fu) << 6) | (p[2] & 0x3Fu));
+    return p + 3;
+  }
+  out = static_cast<wchar_t>(((lead & 0x07u) << 18) | ((p[1] & 0x3Fu) << 12) |
+                             ((p[2] & 0x3Fu) << 6) | (p[3] & 0x3Fu));
+  return p + 4;
+}
+
 VALUE tag_utf8(VALUE string) {
   rb_enc_associate_index(string, rb_utf8_encindex());
   return string;
@@ -120,6 +141,11 @@ wchar_t* value_to_wc_str(VALUE value) {
     for (std::uint32_t i = 0; i < count; ++i) {
       result[i] = static_cast<wchar_t>(static_cast<unsigned char>(p[i]));
     }
+  } else if (coderange == ENC_CODERANGE_VALID && rb_enc_to_index(enc) == rb_utf8_encindex()) {
+    // Well-formed UTF-8, the common case: decoded here rather than through the encoding's
+    // function table, one indirect call per character.
+    auto const* u = reinterpret_cast<unsigned char const*>(p);
+    for (std::uint32_t i = 0; i < count; ++i) u = get_utf8(u, result[i]);
   } else {
     for (std::uint32_t i = 0; i < count; ++i) {
       int length = 0;

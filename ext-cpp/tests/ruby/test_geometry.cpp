@@ -125,6 +125,8 @@ TEST(GeometryVectors, OutcomeOfEveryKindOfInput) {
       {"[1.5, -2, 3, :ignored]", "", {1.5, -2, 3}}, {"QmList[4, 5, 6]", "", {4, 5, 6}},
       {"[2**53, 1r/4, -0.0]", "", {9007199254740992.0, 0.25, -0.0}},
       {"[10**400, -10**400, Float::NAN]", "", {INF, -INF, NaN}},
+      {"[0.0, 1e-300, -(2**62)]", "", {0, 1e-300, -4611686018427387904.0}},
+      {"[Float::INFINITY, 1.7272337110188893e-77, 2.0**-255]", "", {INF, 1.7272337110188893e-77, std::ldexp(1, -255)}},
       {"QmXyz.new", "", {1, 2.5, -3}}, {"Geom::Vector3d.new(1, 2, 3)", "", {1, 2, 3}},
       {"QmNoXyz.new(4, 5, 6)", "", {4, 5, 6}},  // a point is read through to_a
       {"nil", "NoMethodError: undefined method `x' for nil:NilClass", S},
