@@ -2,6 +2,7 @@
 #define QUILLMARK_GEOM_BOUNDING_BOX3_H
 
 #include <cstddef>
+#include <cstring>
 #include <type_traits>
 
 #include "geom_vector3.h"
@@ -30,13 +31,21 @@ struct BoundingBox3 {
 
   /// Takes p's coordinate wherever it lies below min or above max (a NaN coordinate never).
   BoundingBox3& add(Vector3 const& p) noexcept {
-    // Unconditional selects rather than conditional stores: they compile to min/max
-    // instructions and keep a loop over many points free of branches.
-    min.x = min.x > p.x ? p.x : min.x;
-    min.y = min.y > p.y ? p.y : min.y;
+    // x and y side by side in one vector register (min/max instructions, no branches), z
+    // alone: a loop over many points runs at about half the instructions of six scalar
+    // selects. Each lane is the select written for z.
+    typedef double Pair __attribute__((vector_size(16)));
+    Pair lo;
+    Pair hi;
+    Pair q;
+    std::memcpy(&lo, &min.x, sizeof lo);
+    std::memcpy(&hi, &max.x, sizeof hi);
+    std::memcpy(&q, &p.x, sizeof q);
+    lo = lo > q ? q : lo;
+    hi = q > hi ? q : hi;
+    std::memcpy(&min.x, &lo, sizeof lo);
+    std::memcpy(&max.x, &hi, sizeof hi);
     min.z = min.z > p.z ? p.z : min.z;
-    max.x = p.x > max.x ? p.x : max.x;
-    max.y = p.y > max.y ? p.y : max.y;
     max.z = p.z > max.z ? p.z : max.z;
     return *this;
   }

@@ -8,12 +8,14 @@
 #include <stdexcept>
 #include <string>
 
+#include "geom_test_support.h"
+
 namespace {
 
 using Geom::BoundingBox3;
 using Geom::Vector3;
+using geom_test::up;
 
-double up(double v) { return std::nextafter(v, std::numeric_limits<double>::infinity()); }
 
 void expect_box(BoundingBox3 const& b, Vector3 const& lo, Vector3 const& hi) {
   EXPECT_EQ(b.min.x, lo.x);

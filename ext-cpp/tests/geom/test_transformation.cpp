@@ -7,22 +7,17 @@
 #include <limits>
 #include <random>
 
+#include "geom_test_support.h"
+
 namespace {
 
 using Geom::Transformation;
 using Geom::Vector3;
 using Geom::Vector4;
-
-constexpr double kPi = 3.14159265358979323846;
-
-double up(double v) { return std::nextafter(v, std::numeric_limits<double>::infinity()); }
-double down(double v) { return std::nextafter(v, -std::numeric_limits<double>::infinity()); }
-
-void expect_near(Vector3 const& a, Vector3 const& b, double tol = 1e-12) {
-  EXPECT_NEAR(a.x, b.x, tol);
-  EXPECT_NEAR(a.y, b.y, tol);
-  EXPECT_NEAR(a.z, b.z, tol);
-}
+using geom_test::down;
+using geom_test::expect_near;
+using geom_test::kPi;
+using geom_test::up;
 
 void expect_near(Transformation const& a, Transformation const& b, double tol = 1e-12) {
   for (int k = 0; k < 16; ++k) EXPECT_NEAR(a.data()[k], b.data()[k], tol) << "element " << k;

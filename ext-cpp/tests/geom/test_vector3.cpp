@@ -6,27 +6,17 @@
 #include <limits>
 #include <random>
 
+#include "geom_test_support.h"
+
 namespace {
 
 using Geom::Vector3;
-
-constexpr double kPi = 3.14159265358979323846;
+using geom_test::down;
+using geom_test::expect_near;
+using geom_test::expect_same;
+using geom_test::kPi;
+using geom_test::up;
 constexpr double kTol = 1e-12;
-
-void expect_near(Vector3 const& a, Vector3 const& b, double tol = kTol) {
-  EXPECT_NEAR(a.x, b.x, tol);
-  EXPECT_NEAR(a.y, b.y, tol);
-  EXPECT_NEAR(a.z, b.z, tol);
-}
-
-void expect_same(Vector3 const& a, Vector3 const& b) {
-  EXPECT_EQ(a.x, b.x);
-  EXPECT_EQ(a.y, b.y);
-  EXPECT_EQ(a.z, b.z);
-}
-
-double up(double v) { return std::nextafter(v, std::numeric_limits<double>::infinity()); }
-double down(double v) { return std::nextafter(v, -std::numeric_limits<double>::infinity()); }
 
 // The largest x whose square is still at or below the zero-length threshold.
 double largest_zero_length() {
