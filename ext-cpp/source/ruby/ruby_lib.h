@@ -26,5 +26,9 @@
 #ifdef sleep
 #undef sleep
 #endif
+// Ruby wraps memcpy in a macro, which breaks std::memcpy in C++.
+#ifdef memcpy
+#undef memcpy
+#endif
 
 #endif
