@@ -24,24 +24,27 @@ constexpr double TWO_PI = 6.283185307179586;
 
 }  // namespace
 
-double inv_sqrt(double x) {
-  std::int64_t i;
+namespace {
+
+// One estimate-and-refine for both precisions: the bit pattern shifted right arithmetically
+// (a signed shift, as the magic constants assume) is subtracted from the magic constant,
+// then one Newton step runs entirely in Real.
+template <typename Real, typename Bits>
+Real refined_inv_sqrt(Real x, Bits magic) noexcept {
+  static_assert(sizeof(Real) == sizeof(Bits), "the bit pattern must cover the value exactly");
+  Bits i;
   std::memcpy(&i, &x, sizeof i);
-  // Arithmetic shift on a signed pattern, as the magic constant assumes.
-  std::int64_t const bits = INV_SQRT_MAGIC_64 - (i >> 1);
-  double y0;
+  Bits const bits = magic - (i >> 1);
+  Real y0;
   std::memcpy(&y0, &bits, sizeof y0);
-  return (((x * -0.5) * y0) * y0 + 1.5) * y0;
+  return (((x * Real(-0.5)) * y0) * y0 + Real(1.5)) * y0;
 }
 
-float inv_sqrt(float x) {
-  std::int32_t i;
-  std::memcpy(&i, &x, sizeof i);
-  std::int32_t const bits = INV_SQRT_MAGIC_32 - (i >> 1);
-  float y0;
-  std::memcpy(&y0, &bits, sizeof y0);
-  return (((x * -0.5f) * y0) * y0 + 1.5f) * y0;
-}
+}  // namespace
+
+double inv_sqrt(double x) { return refined_inv_sqrt(x, INV_SQRT_MAGIC_64); }
+
+float inv_sqrt(float x) { return refined_inv_sqrt(x, INV_SQRT_MAGIC_32); }
 
 bool intersect_segment_segment(const Vector2& a, const Vector2& b, const Vector2& c,
                                const Vector2& d, Vector2& out) {

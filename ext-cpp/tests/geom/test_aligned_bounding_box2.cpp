@@ -1,4 +1,5 @@
 #include "geom_aligned_bounding_box2.h"
+#include "geom_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +15,7 @@ namespace {
 using Geom::AlignedBoundingBox2;
 using Geom::Vector2;
 
-constexpr double kPi = 3.14159265358979323846;
+using geom_test::kPi;
 constexpr double kTol = 1e-12;
 
 void expect_near(Vector2 const& actual, Vector2 const& expected, double tol = kTol) {

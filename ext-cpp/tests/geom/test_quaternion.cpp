@@ -1,4 +1,5 @@
 #include "geom_quaternion.h"
+#include "geom_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +12,7 @@ using Geom::Quaternion;
 using Geom::Transformation;
 using Geom::Vector3;
 
-constexpr double kPi = 3.14159265358979323846;
+using geom_test::kPi;
 constexpr double kTol = 1e-12;
 
 void expect_near(Quaternion const& a, Quaternion const& b, double tol = kTol) {

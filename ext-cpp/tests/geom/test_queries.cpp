@@ -1,4 +1,5 @@
 #include "geom_queries.h"
+#include "geom_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -12,14 +13,10 @@ using Geom::Vector2;
 using Geom::Vector3;
 using Geom::Vector4;
 
-constexpr double kPi = 3.14159265358979323846;
+using geom_test::kPi;
 constexpr double kTol = 1e-12;
 
-void expect_near(Vector3 const& actual, Vector3 const& expected, double tol = kTol) {
-  EXPECT_NEAR(actual.x, expected.x, tol);
-  EXPECT_NEAR(actual.y, expected.y, tol);
-  EXPECT_NEAR(actual.z, expected.z, tol);
-}
+using geom_test::expect_near;
 
 void expect_near(Vector4 const& actual, Vector4 const& expected, double tol = kTol) {
   expect_near(static_cast<Vector3 const&>(actual), expected, tol);

@@ -1,5 +1,6 @@
 #include "geom_quaternion.h"
 #include "geom_transformation.h"
+#include "geom_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -13,14 +14,10 @@ using Geom::Transformation;
 using Geom::Vector3;
 using Geom::Vector4;
 
-constexpr double kPi = 3.14159265358979323846;
+using geom_test::kPi;
 constexpr double kTol = 1e-12;
 
-void expect_near(Vector3 const& a, Vector3 const& b, double tol = kTol) {
-  EXPECT_NEAR(a.x, b.x, tol);
-  EXPECT_NEAR(a.y, b.y, tol);
-  EXPECT_NEAR(a.z, b.z, tol);
-}
+using geom_test::expect_near;
 
 void expect_near(Transformation const& a, Transformation const& b, double tol = kTol) {
   for (int i = 0; i < 16; ++i) {

@@ -1,4 +1,5 @@
 #include "geom_vector2.h"
+#include "geom_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +10,7 @@ namespace {
 
 using Geom::Vector2;
 
-constexpr double kPi = 3.14159265358979323846;
+using geom_test::kPi;
 
 TEST(Vector2, DivisionMultipliesByOneReciprocal) {
   // 5 / 3 and 5 · (1 / 3) differ in the last bit; the division is defined as the latter.
