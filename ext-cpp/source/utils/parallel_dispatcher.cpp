@@ -1,5 +1,7 @@
 #include "parallel_dispatcher.h"
 
+#include <sched.h>
+
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -43,6 +45,10 @@ void poll_until(Ready ready, std::uint64_t limit_ns) {
     if (std::chrono::steady_clock::now() >= deadline) {
       return;
     }
+    // On a machine busier than it has processors, the thread we wait for may be the one
+    // queued behind us: hand the processor over now and then. With nothing else runnable
+    // this returns at once and the poll goes on.
+    sched_yield();
   }
 }
 
