@@ -95,6 +95,29 @@ end
 module Sketchup
   @active_model = nil
 
+  # What the host's collections answer: a length and the items by position, in order made.
+  module Listing
+    include Enumerable
+
+    def length
+      @items.length
+    end
+    alias size length
+    alias count length
+
+    def at(index)
+      @items.at(index)
+    end
+
+    def each(&block)
+      @items.each(&block)
+    end
+
+    def to_a
+      @items.dup
+    end
+  end
+
   def self.active_model
     @active_model ||= Model.new
   end
@@ -149,7 +172,7 @@ module Sketchup
   end
 
   class DefinitionList
-    include Enumerable
+    include Listing
 
     def initialize(model)
       @model = model
@@ -162,22 +185,8 @@ module Sketchup
       ComponentDefinition.new(@model, address, false, name.to_s).tap { |d| @items << d }
     end
 
-    def length
-      @items.length
-    end
-    alias size length
-    alias count length
-
-    def at(index)
-      @items.at(index)
-    end
-
     def [](key)
       key.is_a?(Integer) ? @items[key] : @items.find { |d| d.name == key }
-    end
-
-    def each(&block)
-      @items.each(&block)
     end
 
     # Group definitions are listed too, as the host lists them.
@@ -187,6 +196,7 @@ module Sketchup
   end
 
   class Entities
+    include Listing
     attr_reader :model
 
     def initialize(model, address, parent)
@@ -222,23 +232,8 @@ module Sketchup
       instance
     end
 
-    def length
-      @items.length
-    end
-    alias size length
-    alias count length
-
-    def at(index)
-      @items.at(index)
-    end
-    alias [] at
-
-    def each(&block)
-      @items.each(&block)
-    end
-
-    def to_a
-      @items.dup
+    def [](index)
+      @items[index]
     end
 
     def inspect

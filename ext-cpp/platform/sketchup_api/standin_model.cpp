@@ -28,12 +28,21 @@ SUResult list(const std::vector<T>& items, size_t len, Ref out[], size_t* count)
   return SU_ERROR_NONE;
 }
 
-template <class T>
-SUResult count_of(const T* owner, size_t size, size_t* count) {
+// The size, and the elements, of a collection held by the object a reference names.
+template <class Owner, class Items>
+SUResult count_member(void* ptr, Items Owner::*items, size_t* count) {
+  const Owner* owner = resolve<Owner>(ptr);
   if (owner == nullptr) return SU_ERROR_INVALID_INPUT;
   if (count == nullptr) return SU_ERROR_NULL_POINTER_OUTPUT;
-  *count = size;
+  *count = (owner->*items).size();
   return SU_ERROR_NONE;
+}
+
+template <class Owner, class Items, class Ref>
+SUResult list_member(void* ptr, Items Owner::*items, size_t len, Ref out[], size_t* count) {
+  const Owner* owner = resolve<Owner>(ptr);
+  if (owner == nullptr) return SU_ERROR_INVALID_INPUT;
+  return list(owner->*items, len, out, count);
 }
 
 template <class T>
@@ -97,57 +106,45 @@ SUResult SUModelGetEntities(SUModelRef model, SUEntitiesRef* entities) {
 
 SUResult SUModelGetNumGroupDefinitions(SUModelRef model, size_t* count) {
   STANDIN_ENTER(SUModelGetNumGroupDefinitions);
-  const Model* object = resolve<Model>(model.ptr);
-  return standin::count_of(object, object ? object->group_definitions.size() : 0, count);
+  return standin::count_member(model.ptr, &Model::group_definitions, count);
 }
 
 SUResult SUModelGetGroupDefinitions(SUModelRef model, size_t len, SUComponentDefinitionRef definitions[],
                                     size_t* count) {
   STANDIN_ENTER(SUModelGetGroupDefinitions);
-  const Model* object = resolve<Model>(model.ptr);
-  if (object == nullptr) return SU_ERROR_INVALID_INPUT;
-  return standin::list(object->group_definitions, len, definitions, count);
+  return standin::list_member(model.ptr, &Model::group_definitions, len, definitions, count);
 }
 
 SUResult SUModelGetNumComponentDefinitions(SUModelRef model, size_t* count) {
   STANDIN_ENTER(SUModelGetNumComponentDefinitions);
-  const Model* object = resolve<Model>(model.ptr);
-  return standin::count_of(object, object ? object->component_definitions.size() : 0, count);
+  return standin::count_member(model.ptr, &Model::component_definitions, count);
 }
 
 SUResult SUModelGetComponentDefinitions(SUModelRef model, size_t len, SUComponentDefinitionRef definitions[],
                                         size_t* count) {
   STANDIN_ENTER(SUModelGetComponentDefinitions);
-  const Model* object = resolve<Model>(model.ptr);
-  if (object == nullptr) return SU_ERROR_INVALID_INPUT;
-  return standin::list(object->component_definitions, len, definitions, count);
+  return standin::list_member(model.ptr, &Model::component_definitions, len, definitions, count);
 }
 
 SUResult SUEntitiesGetNumGroups(SUEntitiesRef entities, size_t* count) {
   STANDIN_ENTER(SUEntitiesGetNumGroups);
-  const Entities* object = resolve<Entities>(entities.ptr);
-  return standin::count_of(object, object ? object->groups.size() : 0, count);
+  return standin::count_member(entities.ptr, &Entities::groups, count);
 }
 
 SUResult SUEntitiesGetGroups(SUEntitiesRef entities, size_t len, SUGroupRef groups[], size_t* count) {
   STANDIN_ENTER(SUEntitiesGetGroups);
-  const Entities* object = resolve<Entities>(entities.ptr);
-  if (object == nullptr) return SU_ERROR_INVALID_INPUT;
-  return standin::list(object->groups, len, groups, count);
+  return standin::list_member(entities.ptr, &Entities::groups, len, groups, count);
 }
 
 SUResult SUEntitiesGetNumInstances(SUEntitiesRef entities, size_t* count) {
   STANDIN_ENTER(SUEntitiesGetNumInstances);
-  const Entities* object = resolve<Entities>(entities.ptr);
-  return standin::count_of(object, object ? object->instances.size() : 0, count);
+  return standin::count_member(entities.ptr, &Entities::instances, count);
 }
 
 SUResult SUEntitiesGetInstances(SUEntitiesRef entities, size_t len, SUComponentInstanceRef instances[],
                                 size_t* count) {
   STANDIN_ENTER(SUEntitiesGetInstances);
-  const Entities* object = resolve<Entities>(entities.ptr);
-  if (object == nullptr) return SU_ERROR_INVALID_INPUT;
-  return standin::list(object->instances, len, instances, count);
+  return standin::list_member(entities.ptr, &Entities::instances, len, instances, count);
 }
 
 SUResult SUEntityGetID(SUEntityRef entity, int32_t* entity_id) {
@@ -161,16 +158,13 @@ SUResult SUEntityGetID(SUEntityRef entity, int32_t* entity_id) {
 
 SUResult SUEntityGetNumAttributeDictionaries(SUEntityRef entity, size_t* count) {
   STANDIN_ENTER(SUEntityGetNumAttributeDictionaries);
-  const Entity* object = resolve<Entity>(entity.ptr);
-  return standin::count_of(object, object ? object->dictionaries.size() : 0, count);
+  return standin::count_member(entity.ptr, &Entity::dictionaries, count);
 }
 
 SUResult SUEntityGetAttributeDictionaries(SUEntityRef entity, size_t len,
                                           SUAttributeDictionaryRef dictionaries[], size_t* count) {
   STANDIN_ENTER(SUEntityGetAttributeDictionaries);
-  const Entity* object = resolve<Entity>(entity.ptr);
-  if (object == nullptr) return SU_ERROR_INVALID_INPUT;
-  return standin::list(object->dictionaries, len, dictionaries, count);
+  return standin::list_member(entity.ptr, &Entity::dictionaries, len, dictionaries, count);
 }
 
 SUEntityRef SUGroupToEntity(SUGroupRef group) {

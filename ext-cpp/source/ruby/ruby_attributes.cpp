@@ -60,44 +60,38 @@ Target convert(double value) {
   }
 }
 
+// Stores convert(stored) in out when getter succeeds; out is left alone otherwise.
+template <class Stored, class Target, class Convert>
+SUResult read_as(SUTypedValueRef value, SUResult (*getter)(SUTypedValueRef, Stored*), Target* out,
+                 Convert convert) {
+  Stored stored{};
+  const SUResult result = getter(value, &stored);
+  if (result == SU_ERROR_NONE) *out = convert(stored);
+  return result;
+}
+
 // Reads a Byte, Short, Int32, Float or Double with the getter of its stored type and converts
-// it to Target; out is written only on success.
+// it to Target.
 template <class Target>
 SUResult read_number(SUTypedValueRef value, Target* out) {
   SUTypedValueType type = SUTypedValueType_Empty;
-  SUResult result = SUTypedValueGetType(value, &type);
+  const SUResult result = SUTypedValueGetType(value, &type);
   if (result != SU_ERROR_NONE) return result;
+  const auto widen = [](auto stored) { return static_cast<Target>(stored); };
   switch (type) {
-    case SUTypedValueType_Byte: {
-      char byte = 0;
-      result = SUTypedValueGetByte(value, &byte);
-      if (result == SU_ERROR_NONE) *out = static_cast<Target>(static_cast<signed char>(byte));
-      return result;
-    }
-    case SUTypedValueType_Short: {
-      int16_t number = 0;
-      result = SUTypedValueGetInt16(value, &number);
-      if (result == SU_ERROR_NONE) *out = static_cast<Target>(number);
-      return result;
-    }
-    case SUTypedValueType_Int32: {
-      int32_t number = 0;
-      result = SUTypedValueGetInt32(value, &number);
-      if (result == SU_ERROR_NONE) *out = static_cast<Target>(number);
-      return result;
-    }
-    case SUTypedValueType_Float: {
-      float number = 0.0f;
-      result = SUTypedValueGetFloat(value, &number);
-      if (result == SU_ERROR_NONE) *out = convert<Target>(static_cast<double>(number));
-      return result;
-    }
-    case SUTypedValueType_Double: {
-      double number = 0.0;
-      result = SUTypedValueGetDouble(value, &number);
-      if (result == SU_ERROR_NONE) *out = convert<Target>(number);
-      return result;
-    }
+    case SUTypedValueType_Byte:
+      // The SDK's byte is a signed 8-bit value whatever the platform's char.
+      return read_as(value, SUTypedValueGetByte, out,
+                     [](char stored) { return static_cast<Target>(static_cast<signed char>(stored)); });
+    case SUTypedValueType_Short:
+      return read_as(value, SUTypedValueGetInt16, out, widen);
+    case SUTypedValueType_Int32:
+      return read_as(value, SUTypedValueGetInt32, out, widen);
+    case SUTypedValueType_Float:
+      return read_as(value, SUTypedValueGetFloat, out,
+                     [](float stored) { return convert<Target>(static_cast<double>(stored)); });
+    case SUTypedValueType_Double:
+      return read_as(value, SUTypedValueGetDouble, out, [](double stored) { return convert<Target>(stored); });
     default:
       return SU_ERROR_INVALID_INPUT;
   }

@@ -147,6 +147,27 @@ class EntityFinders : public ::testing::Test {
     }
     su_standin_reset();
   }
+
+  // The same for csu_ent_def_tra_from_vsu_gci, whose three outputs must all stay as they were.
+  void expect_every_parts_failure_passed_on(const char* gci, const std::vector<const char*>& functions) {
+    SUEntityRef entity = sentinel<SUEntityRef>();
+    SUComponentDefinitionRef definition = sentinel<SUComponentDefinitionRef>();
+    const Geom::Transformation before(Geom::Vector3(7.0, 8.0, 9.0));
+    Geom::Transformation transformation = before;
+    expect_every_failure_passed_on(
+        functions,
+        [&] {
+          entity = sentinel<SUEntityRef>();
+          definition = sentinel<SUComponentDefinitionRef>();
+          transformation = before;
+          return RU::csu_ent_def_tra_from_vsu_gci(global(gci), &entity, &definition, transformation);
+        },
+        [&] {
+          return entity.ptr == sentinel<SUEntityRef>().ptr &&
+                 definition.ptr == sentinel<SUComponentDefinitionRef>().ptr &&
+                 std::memcmp(&transformation, &before, sizeof before) == 0;
+        });
+  }
 };
 
 TEST_F(EntityFinders, GroupsAreFoundAtEveryDepthAndOnlyAsFarAsNeeded) {
@@ -312,41 +333,12 @@ TEST_F(EntityFinders, EveryFailingCallOfTheInstanceWalkIsPassedOn) {
 }
 
 TEST_F(EntityFinders, EveryFailingCallOfTheInstancePartsIsPassedOn) {
-  SUEntityRef entity = sentinel<SUEntityRef>();
-  SUComponentDefinitionRef definition = sentinel<SUComponentDefinitionRef>();
-  Geom::Transformation transformation(Geom::Vector3(7.0, 8.0, 9.0));
-  const Geom::Transformation before = transformation;
-  expect_every_failure_passed_on(
-      {"SUComponentInstanceGetDefinition", "SUComponentInstanceGetTransform", "SUEntitiesGetInstances"},
-      [&] {
-        entity = sentinel<SUEntityRef>();
-        definition = sentinel<SUComponentDefinitionRef>();
-        transformation = before;
-        return RU::csu_ent_def_tra_from_vsu_gci(global("$ci_in_chair"), &entity, &definition, transformation);
-      },
-      [&] {
-        return entity.ptr == sentinel<SUEntityRef>().ptr && definition.ptr == sentinel<SUComponentDefinitionRef>().ptr &&
-               std::memcmp(&transformation, &before, sizeof before) == 0;
-      });
+  expect_every_parts_failure_passed_on(
+      "$ci_in_chair", {"SUComponentInstanceGetDefinition", "SUComponentInstanceGetTransform", "SUEntitiesGetInstances"});
 }
 
 TEST_F(EntityFinders, EveryFailingCallOfTheGroupPartsIsPassedOn) {
-  SUEntityRef entity = sentinel<SUEntityRef>();
-  SUComponentDefinitionRef definition = sentinel<SUComponentDefinitionRef>();
-  Geom::Transformation transformation(Geom::Vector3(7.0, 8.0, 9.0));
-  const Geom::Transformation before = transformation;
-  expect_every_failure_passed_on(
-      {"SUGroupGetDefinition", "SUGroupGetTransform", "SUEntityGetID"},
-      [&] {
-        entity = sentinel<SUEntityRef>();
-        definition = sentinel<SUComponentDefinitionRef>();
-        transformation = before;
-        return RU::csu_ent_def_tra_from_vsu_gci(global("$g3"), &entity, &definition, transformation);
-      },
-      [&] {
-        return entity.ptr == sentinel<SUEntityRef>().ptr && definition.ptr == sentinel<SUComponentDefinitionRef>().ptr &&
-               std::memcmp(&transformation, &before, sizeof before) == 0;
-      });
+  expect_every_parts_failure_passed_on("$g3", {"SUGroupGetDefinition", "SUGroupGetTransform", "SUEntityGetID"});
 }
 
 TEST_F(EntityFinders, GciEntityTakesTheInstancePathOnlyForComponentInstances) {
