@@ -6,30 +6,21 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstdio>
-#include <cwchar>
 #include <string>
 
+#include "embedded_ruby_bench.h"
 #include "ruby_geometry.h"
 #include "ruby_handles.h"
 #include "ruby_strings.h"
 
 namespace {
 
+using qmbench::eval_or_die;
+
 // Ruby values a benchmark reads, made once and kept alive through a global variable.
 VALUE keep(const char* name, VALUE value) {
   rb_gv_set(name, value);
   return value;
-}
-
-VALUE eval_or_die(const char* code) {
-  int state = 0;
-  VALUE result = rb_eval_string_protect(code, &state);
-  if (state != 0) {
-    std::fprintf(stderr, "bench_ruby: `%s` raised\n", code);
-    std::exit(2);
-  }
-  return result;
 }
 
 // 100 code points of mixed text: ASCII, Latin, CJK and one beyond U+FFFF in every ten.
@@ -176,32 +167,4 @@ BENCHMARK_CAPTURE(BM_floor_unpack_u, ascii100, ascii_text);
 BENCHMARK_CAPTURE(BM_value_to_wc_str, mixed100, mixed_text);
 BENCHMARK_CAPTURE(BM_floor_unpack_u, mixed100, mixed_text);
 
-int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-
-  ruby_sysinit(&argc, &argv);
-  RUBY_INIT_STACK;
-  ruby_init();
-  // Option processing loads the core methods written in Ruby and sets the load path; the
-  // empty script is never run.
-  char program[] = "bench_ruby";
-  char no_gems[] = "--disable-gems";
-  char execute[] = "-e";
-  char script[] = "";
-  char* options[] = {program, no_gems, execute, script};
-  ruby_options(4, options);
-
-  eval_or_die("$LOAD_PATH.unshift('" QUILLMARK_HOST_RUBY_DIR "'); require 'sketchup'");
-  int state = 0;
-  rb_protect([](VALUE) -> VALUE { RU::init_ruby(); return Qnil; }, Qnil, &state);
-  if (state != 0) {
-    std::fprintf(stderr, "bench_ruby: filling the handle cache failed\n");
-    return 2;
-  }
-
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  ruby_cleanup(0);
-  return 0;
-}
+int main(int argc, char** argv) { return qmbench::run_in_ruby(argc, argv, "bench_ruby"); }

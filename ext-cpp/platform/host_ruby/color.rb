@@ -38,20 +38,8 @@ module Sketchup
 
     attr_reader :red, :green, :blue, :alpha
 
-    def red=(value)
-      @red = channel(value)
-    end
-
-    def green=(value)
-      @green = channel(value)
-    end
-
-    def blue=(value)
-      @blue = channel(value)
-    end
-
-    def alpha=(value)
-      @alpha = channel(value)
+    %i[red green blue alpha].each do |name|
+      define_method(:"#{name}=") { |value| instance_variable_set(:"@#{name}", channel(value)) }
     end
 
     def to_a
