@@ -251,6 +251,23 @@ TEST_F(EntityFinders, GroupOfDefinitionDecidesWhichListIsSearched) {
   eval("$liar = nil");
 }
 
+TEST_F(EntityFinders, EveryFailingCallOfTheDefinitionListIsPassedOn) {
+  for (const char* name : {"$leg", "$g3_definition"}) {
+    eval("$g3_definition = $g3.entities.parent");
+    SUComponentDefinitionRef definition = sentinel<SUComponentDefinitionRef>();
+    const bool group = std::string(name) == "$g3_definition";
+    expect_every_failure_passed_on(
+        {"SUModelFromExisting", group ? "SUModelGetNumGroupDefinitions" : "SUModelGetNumComponentDefinitions",
+         group ? "SUModelGetGroupDefinitions" : "SUModelGetComponentDefinitions"},
+        [&] {
+          definition = sentinel<SUComponentDefinitionRef>();
+          return RU::vsu_to_csu_component_definition(global(name), &definition);
+        },
+        [&] { return definition.ptr == sentinel<SUComponentDefinitionRef>().ptr; });
+  }
+  eval("$g3_definition = nil");
+}
+
 TEST_F(EntityFinders, DefinitionWhoseIdCannotBeReadIsSkippedNotFatal) {
   // $chair is listed before $leg: its ID read fails, the walk goes on to $leg.
   su_standin_fail("SUEntityGetID", SU_ERROR_OUT_OF_RANGE, 1);

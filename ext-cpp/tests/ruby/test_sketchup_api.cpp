@@ -64,6 +64,13 @@ TEST_F(SketchupApi, ReferencesOfTheWrongKindOrNullAreRefused) {
   const SUComponentInstanceRef instance = su_standin_add_instance(top_, definition);
   ASSERT_TRUE(SUIsValid(group) && SUIsValid(definition) && SUIsValid(instance));
 
+  // Placements start at the identity.
+  SUTransformation start;
+  ASSERT_EQ(SUGroupGetTransform(group, &start), SU_ERROR_NONE);
+  for (int k = 0; k < 16; ++k) EXPECT_EQ(start.values[k], k % 5 == 0 ? 1.0 : 0.0) << k;
+  ASSERT_EQ(SUComponentInstanceGetTransform(instance, &start), SU_ERROR_NONE);
+  for (int k = 0; k < 16; ++k) EXPECT_EQ(start.values[k], k % 5 == 0 ? 1.0 : 0.0) << k;
+
   SUGroupRef instance_as_group;
   instance_as_group.ptr = instance.ptr;
   SUComponentInstanceRef group_as_instance;
@@ -164,6 +171,8 @@ TEST_F(SketchupApi, TypedValuesAreCopiedDeeplyAndTypeChecked) {
   SUTypedValueSetInt32(array, 3);  // and so did the dictionary
   ASSERT_EQ(SUAttributeDictionaryGetValue(dictionary, "a", &out), SU_ERROR_NONE);
 
+  // Reading into a value replaces what it held, items included.
+  ASSERT_EQ(SUAttributeDictionaryGetValue(dictionary, "a", &out), SU_ERROR_NONE);
   SUTypedValueRef items[2] = {SU_INVALID, SU_INVALID};
   size_t count = 0;
   ASSERT_EQ(SUTypedValueGetArrayItems(out, 2, items, &count), SU_ERROR_NONE);
@@ -181,7 +190,10 @@ TEST_F(SketchupApi, TypedValuesAreCopiedDeeplyAndTypeChecked) {
   EXPECT_EQ(SUTypedValueGetNumArrayItems(out, &count), SU_ERROR_NONE) << "a missing key leaves the value alone";
 
   const size_t live = su_standin_live_typed_values();
-  for (SUTypedValueRef* value : {&item, &array, &out}) EXPECT_EQ(SUTypedValueRelease(value), SU_ERROR_NONE);
+  for (SUTypedValueRef* value : {&item, &array, &out}) {
+    EXPECT_EQ(SUTypedValueRelease(value), SU_ERROR_NONE);
+    EXPECT_TRUE(SUIsInvalid(*value)) << "a released value must not look live";
+  }
   EXPECT_EQ(su_standin_live_typed_values(), live - 3);
 }
 
