@@ -212,7 +212,9 @@ void Normalize_Geom(benchmark::State& state) {
 }
 void Normalize_Eigen(benchmark::State& state) {
   small_loop(state, points_as<Eigen::Vector3d>(),
-             [](Eigen::Vector3d const& v, std::size_t) -> Eigen::Vector3d { return v.normalized(); });
+             [](Eigen::Vector3d const& v, std::size_t) -> Eigen::Vector3d {
+               return v.normalized();
+             });
 }
 void Normalize_glm(benchmark::State& state) {
   small_loop(state, points_as<glm::dvec3>(),

@@ -77,20 +77,33 @@ TEST(BoundingBox3, AddedPointsAreCovered) {
 }
 
 TEST(BoundingBox3, StrictQueries) {
+  // Each of the six faces, on its own: a point on it is outside, a box flush with it is
+  // not within, a box touching it from outside does not intersect.
+  BoundingBox3 const around(Vector3(-1.0), Vector3(2.0));
   EXPECT_TRUE(kUnit.contains(Vector3(0.5, 0.5, 0.5)));
-  EXPECT_FALSE(kUnit.contains(Vector3(0, 0.5, 0.5)));
-  EXPECT_FALSE(kUnit.contains(Vector3(0.5, 1, 0.5)));
-  EXPECT_FALSE(kUnit.contains(Vector3(0.5, 0.5, 1)));
-  EXPECT_FALSE(kUnit.intersects(BoundingBox3(Vector3(1, 0, 0), Vector3(2, 1, 1))));
-  EXPECT_FALSE(kUnit.intersects(BoundingBox3(Vector3(0, -1, 0), Vector3(1, 0, 1))));
-  EXPECT_FALSE(kUnit.intersects(BoundingBox3(Vector3(0, 0, 1), Vector3(1, 1, 2))));
+  auto at = [](Vector3& v, int axis) -> double& {
+    return axis == 0 ? v.x : (axis == 1 ? v.y : v.z);
+  };
+  for (int face = 0; face < 6; ++face) {
+    int const axis = face % 3;
+    bool const low = face < 3;
+    Vector3 p(0.5, 0.5, 0.5);
+    at(p, axis) = low ? 0.0 : 1.0;
+    EXPECT_FALSE(kUnit.contains(p)) << "face " << face;
+    BoundingBox3 flush = around;
+    at(low ? flush.min : flush.max, axis) = low ? 0.0 : 1.0;
+    EXPECT_FALSE(kUnit.within(flush)) << "face " << face;
+    BoundingBox3 flat = kUnit;
+    at(low ? flat.max : flat.min, axis) = low ? 0.0 : 1.0;
+    EXPECT_FALSE(flat.within(around)) << "face " << face;
+    BoundingBox3 touching = kUnit;
+    at(touching.min, axis) += low ? -1.0 : 1.0;
+    at(touching.max, axis) += low ? -1.0 : 1.0;
+    EXPECT_FALSE(kUnit.intersects(touching)) << "face " << face;
+  }
   EXPECT_TRUE(kUnit.intersects(BoundingBox3(Vector3(0.5, 0.5, 0.5), Vector3(3, 3, 3))));
-  EXPECT_TRUE(kUnit.within(BoundingBox3(Vector3(-1, -1, -1), Vector3(2, 2, 2))));
+  EXPECT_TRUE(kUnit.within(around));
   EXPECT_FALSE(kUnit.within(kUnit));
-  EXPECT_FALSE(kUnit.within(BoundingBox3(Vector3(-1, -1, -1), Vector3(2, 2, 1))));
-  EXPECT_FALSE(kUnit.within(BoundingBox3(Vector3(-1, 0, -1), Vector3(2, 2, 2))));
-  BoundingBox3 const flat(Vector3(0, 0, 0.5), Vector3(1, 1, 0.5));
-  EXPECT_FALSE(flat.within(BoundingBox3(Vector3(-1, -1, -1), Vector3(2, 2, 2))));
 
   BoundingBox3 out;
   kUnit.intersect(BoundingBox3(Vector3(2, 2, 2), Vector3(3, 3, 3)), out);

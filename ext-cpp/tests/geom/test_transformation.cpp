@@ -73,7 +73,8 @@ TEST(Transformation, StorageIsColumnMajor) {
   expect_elements(a, {1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0, 10, 11, 12, 1});
   expect_near(a.transform_vector(Vector3::Y_AXIS), Vector3(14, 16, 18));
   expect_near(a.rotate_vector(Vector3::Z_AXIS), Vector3(7, 8, 9));
-  expect_elements(Transformation(Vector3(1, 2, 3)), {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1});
+  expect_elements(Transformation(Vector3(1, 2, 3)),
+                  {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1});
   Transformation c = a;
   c.clear();
   expect_elements(c, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
@@ -194,9 +195,9 @@ TEST(Transformation, WeightDividesPoints) {
   EXPECT_EQ(a.determinant(), 1.0 / up(e));
   EXPECT_EQ(a.normal_origin().x, 4.0 * (1.0 / up(e)));
   EXPECT_EQ(with_weight(t, -up(e)).transform_vector(Vector3()).y, 4.0 * (1.0 / -up(e)));
-  expect_near(a.transform_vector(Vector3(1, 2, 3), 1.0), a.transform_vector2(Vector3(1, 2, 3)), 0.0);
-  expect_near(a.transform_vector(Vector3(1, 2, 3), a.determinant()),
-              a.transform_vector(Vector3(1, 2, 3)), 0.0);
+  Vector3 const v(1, 2, 3);
+  expect_near(a.transform_vector(v, 1.0), a.transform_vector2(v), 0.0);
+  expect_near(a.transform_vector(v, a.determinant()), a.transform_vector(v), 0.0);
 }
 
 // Rotation, non-uniform scale in [0.5, 2] and translation; projective draws also get a

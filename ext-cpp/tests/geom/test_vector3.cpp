@@ -57,6 +57,11 @@ TEST(Vector3, ZeroLengthThresholdForNormalizeAndSetLength) {
   EXPECT_NEAR(Vector3(0.0, up(z), 0.0).set_length(5.0).y, 5.0, 1e-15);
 
   expect_same(Vector3().normalize(), Vector3());
+  Vector3 cleared(1.0, 2.0, 3.0);
+  cleared.clear();
+  expect_same(cleared.normalize(), Vector3());
+  cleared.set_all(-2.0);
+  expect_near(cleared.normalize(), Vector3(-1.0) * (1.0 / std::sqrt(3.0)));
   expect_near(Vector3(3.0, 4.0, 0.0).normalize(), Vector3(0.6, 0.8, 0.0));
   expect_near(Vector3(0.0, 0.0, 2.0).set_length(-5.0), Vector3(0.0, 0.0, -5.0));
 }
