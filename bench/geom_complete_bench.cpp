@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "geom_aligned_bounding_box2.h"
@@ -28,6 +29,18 @@ using Geom::Vector3;
 
 constexpr std::size_t kTable = 1024;
 constexpr double kPi = 3.14159265358979323846;
+
+// Calls call(i) once per iteration for i cycling through the table, keeping each result.
+template <typename Call>
+void each_input(benchmark::State& state, Call call) {
+  std::size_t i = 0;
+  for (auto _ : state) {
+    auto result = call(i);
+    benchmark::DoNotOptimize(result);
+    i = (i + 1) % kTable;
+  }
+  state.SetItemsProcessed(state.iterations());
+}
 
 std::vector<Quaternion> unit_quaternions() {
   std::mt19937_64 rng(1);
@@ -51,26 +64,14 @@ std::vector<Transformation> rotations() {
 
 void QuaternionFromTransformation_Geom(benchmark::State& state) {
   std::vector<Transformation> const in = rotations();
-  std::size_t i = 0;
-  for (auto _ : state) {
-    Quaternion q(in[i]);
-    benchmark::DoNotOptimize(q);
-    i = (i + 1) % kTable;
-  }
-  state.SetItemsProcessed(state.iterations());
+  each_input(state, [&](std::size_t i) { return Quaternion(in[i]); });
 }
 BENCHMARK(QuaternionFromTransformation_Geom);
 
 void QuaternionFromTransformation_Eigen(benchmark::State& state) {
   std::vector<Eigen::Matrix4d> in;
   for (Transformation const& t : rotations()) in.emplace_back(Eigen::Map<const Eigen::Matrix4d>(t.data()));
-  std::size_t i = 0;
-  for (auto _ : state) {
-    Eigen::Quaterniond q(Eigen::Matrix3d(in[i].topLeftCorner<3, 3>()));
-    benchmark::DoNotOptimize(q);
-    i = (i + 1) % kTable;
-  }
-  state.SetItemsProcessed(state.iterations());
+  each_input(state, [&](std::size_t i) { return Eigen::Quaterniond(Eigen::Matrix3d(in[i].topLeftCorner<3, 3>())); });
 }
 BENCHMARK(QuaternionFromTransformation_Eigen);
 
@@ -81,13 +82,7 @@ void QuaternionFromTransformation_glm(benchmark::State& state) {
     std::copy(t.data(), t.data() + 16, &m[0][0]);
     in.push_back(m);
   }
-  std::size_t i = 0;
-  for (auto _ : state) {
-    glm::dquat q = glm::quat_cast(in[i]);
-    benchmark::DoNotOptimize(q);
-    i = (i + 1) % kTable;
-  }
-  state.SetItemsProcessed(state.iterations());
+  each_input(state, [&](std::size_t i) { return glm::quat_cast(in[i]); });
 }
 BENCHMARK(QuaternionFromTransformation_glm);
 
@@ -96,13 +91,7 @@ BENCHMARK(QuaternionFromTransformation_glm);
 void TransformationFromQuaternion_Geom(benchmark::State& state) {
   std::vector<Quaternion> const in = unit_quaternions();
   Vector3 const position(1, 2, 3);
-  std::size_t i = 0;
-  for (auto _ : state) {
-    Transformation m(in[i], position);
-    benchmark::DoNotOptimize(m);
-    i = (i + 1) % kTable;
-  }
-  state.SetItemsProcessed(state.iterations());
+  each_input(state, [&](std::size_t i) { return Transformation(in[i], position); });
 }
 BENCHMARK(TransformationFromQuaternion_Geom);
 
@@ -110,17 +99,14 @@ void TransformationFromQuaternion_Eigen(benchmark::State& state) {
   std::vector<Eigen::Quaterniond> in;
   for (Quaternion const& q : unit_quaternions()) in.emplace_back(q.w, q.x, q.y, q.z);
   Eigen::Vector3d const position(1, 2, 3);
-  std::size_t i = 0;
-  for (auto _ : state) {
+  each_input(state, [&](std::size_t i) {
     // The same 16 doubles as ours: rotation block, translation, last row (0, 0, 0, 1).
     Eigen::Matrix4d m;
     m.topLeftCorner<3, 3>() = in[i].toRotationMatrix();
     m.topRightCorner<3, 1>() = position;
     m.row(3) << 0, 0, 0, 1;
-    benchmark::DoNotOptimize(m);
-    i = (i + 1) % kTable;
-  }
-  state.SetItemsProcessed(state.iterations());
+    return m;
+  });
 }
 BENCHMARK(TransformationFromQuaternion_Eigen);
 
@@ -128,14 +114,11 @@ void TransformationFromQuaternion_glm(benchmark::State& state) {
   std::vector<glm::dquat> in;
   for (Quaternion const& q : unit_quaternions()) in.emplace_back(q.w, q.x, q.y, q.z);
   glm::dvec3 const position(1, 2, 3);
-  std::size_t i = 0;
-  for (auto _ : state) {
+  each_input(state, [&](std::size_t i) {
     glm::dmat4 m = glm::mat4_cast(in[i]);
     m[3] = glm::dvec4(position, 1.0);
-    benchmark::DoNotOptimize(m);
-    i = (i + 1) % kTable;
-  }
-  state.SetItemsProcessed(state.iterations());
+    return m;
+  });
 }
 BENCHMARK(TransformationFromQuaternion_glm);
 
@@ -156,13 +139,7 @@ std::vector<Transformation> scaled_frames(std::uint64_t seed) {
 void UniformTransition_Geom(benchmark::State& state) {
   std::vector<Transformation> const a = scaled_frames(2);
   std::vector<Transformation> const b = scaled_frames(3);
-  std::size_t i = 0;
-  for (auto _ : state) {
-    Transformation m = a[i].uniform_transition_to(b[i], 0.3);
-    benchmark::DoNotOptimize(m);
-    i = (i + 1) % kTable;
-  }
-  state.SetItemsProcessed(state.iterations());
+  each_input(state, [&](std::size_t i) { return a[i].uniform_transition_to(b[i], 0.3); });
 }
 BENCHMARK(UniformTransition_Geom);
 
@@ -182,8 +159,7 @@ void UniformTransition_EigenSlerp(benchmark::State& state) {
       pair->push_back(Frame{m.topLeftCorner<3, 3>(), m.topRightCorner<3, 1>()});
     }
   }
-  std::size_t i = 0;
-  for (auto _ : state) {
+  each_input(state, [&](std::size_t i) {
     double const t = 0.3;
     Eigen::Vector3d const sa = a[i].linear.colwise().norm();
     Eigen::Vector3d const sb = b[i].linear.colwise().norm();
@@ -193,10 +169,8 @@ void UniformTransition_EigenSlerp(benchmark::State& state) {
     m.topLeftCorner<3, 3>() =
         qa.slerp(t, qb).toRotationMatrix() * (sa + (sb - sa) * t).asDiagonal();
     m.topRightCorner<3, 1>() = a[i].origin + (b[i].origin - a[i].origin) * t;
-    benchmark::DoNotOptimize(m);
-    i = (i + 1) % kTable;
-  }
-  state.SetItemsProcessed(state.iterations());
+    return m;
+  });
 }
 BENCHMARK(UniformTransition_EigenSlerp);
 
@@ -228,13 +202,7 @@ double max_relative_error(F f) {
 template <typename T, typename F>
 void run_inv_sqrt(benchmark::State& state, F f) {
   std::vector<T> const in = positive_inputs<T>();
-  std::size_t i = 0;
-  for (auto _ : state) {
-    T r = f(in[i]);
-    benchmark::DoNotOptimize(r);
-    i = (i + 1) % kTable;
-  }
-  state.SetItemsProcessed(state.iterations());
+  each_input(state, [&](std::size_t i) { return f(in[i]); });
   state.counters["max_rel_err"] = max_relative_error<T>(f);
 }
 
@@ -277,25 +245,20 @@ std::vector<SegmentPair> segment_pairs() {
 
 void SegmentSegment_Geom(benchmark::State& state) {
   std::vector<SegmentPair> const in = segment_pairs();
-  std::size_t i = 0;
-  Vector2 out;
-  for (auto _ : state) {
-    bool hit = Geom::intersect_segment_segment(in[i].a, in[i].b, in[i].c, in[i].d, out);
-    benchmark::DoNotOptimize(hit);
-    benchmark::DoNotOptimize(out);
-    i = (i + 1) % kTable;
-  }
-  state.SetItemsProcessed(state.iterations());
+  each_input(state, [&](std::size_t i) {
+    Vector2 out;
+    bool const hit = Geom::intersect_segment_segment(in[i].a, in[i].b, in[i].c, in[i].d, out);
+    return std::make_pair(hit, out);
+  });
 }
 BENCHMARK(SegmentSegment_Geom);
 
 // The same formula on bare doubles, inlined into the loop: the floor for our row.
 void SegmentSegment_ScalarFloor(benchmark::State& state) {
   std::vector<SegmentPair> const in = segment_pairs();
-  std::size_t i = 0;
-  double ox = 0.0, oy = 0.0;
-  for (auto _ : state) {
+  each_input(state, [&](std::size_t i) {
     SegmentPair const& p = in[i];
+    double ox = 0.0, oy = 0.0;
     double const rx = p.b.x - p.a.x, ry = p.b.y - p.a.y;
     double const sx = p.d.x - p.c.x, sy = p.d.y - p.c.y;
     double const qx = p.a.x - p.c.x, qy = p.a.y - p.c.y;
@@ -311,12 +274,8 @@ void SegmentSegment_ScalarFloor(benchmark::State& state) {
         hit = true;
       }
     }
-    benchmark::DoNotOptimize(hit);
-    benchmark::DoNotOptimize(ox);
-    benchmark::DoNotOptimize(oy);
-    i = (i + 1) % kTable;
-  }
-  state.SetItemsProcessed(state.iterations());
+    return std::make_pair(hit, Vector2(ox, oy));
+  });
 }
 BENCHMARK(SegmentSegment_ScalarFloor);
 
@@ -338,13 +297,7 @@ std::vector<AlignedBoundingBox2> turned_boxes(std::uint64_t seed) {
 void BoxIntersects_Geom(benchmark::State& state) {
   std::vector<AlignedBoundingBox2> const a = turned_boxes(6);
   std::vector<AlignedBoundingBox2> const b = turned_boxes(7);
-  std::size_t i = 0;
-  for (auto _ : state) {
-    bool hit = a[i].intersects(b[i]);
-    benchmark::DoNotOptimize(hit);
-    i = (i + 1) % kTable;
-  }
-  state.SetItemsProcessed(state.iterations());
+  each_input(state, [&](std::size_t i) { return a[i].intersects(b[i]); });
 }
 BENCHMARK(BoxIntersects_Geom);
 
@@ -354,8 +307,7 @@ BENCHMARK(BoxIntersects_Geom);
 void BoxIntersects_SeparatingAxes(benchmark::State& state) {
   std::vector<AlignedBoundingBox2> const a = turned_boxes(6);
   std::vector<AlignedBoundingBox2> const b = turned_boxes(7);
-  std::size_t i = 0;
-  for (auto _ : state) {
+  each_input(state, [&](std::size_t i) {
     AlignedBoundingBox2 const& p = a[i];
     AlignedBoundingBox2 const& q = b[i];
     Vector2 pc[4], qc[4];
@@ -377,10 +329,8 @@ void BoxIntersects_SeparatingAxes(benchmark::State& state) {
         break;
       }
     }
-    benchmark::DoNotOptimize(hit);
-    i = (i + 1) % kTable;
-  }
-  state.SetItemsProcessed(state.iterations());
+    return hit;
+  });
 }
 BENCHMARK(BoxIntersects_SeparatingAxes);
 
