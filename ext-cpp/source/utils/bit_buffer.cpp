@@ -3,32 +3,24 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace {
-
-unsigned char* allocate_bytes(std::uint64_t count) {
-  unsigned char* bytes = static_cast<unsigned char*>(std::malloc(count));
-  QM_ASSERT(bytes != nullptr);
-  return bytes;
-}
-
-}  // namespace
+#include "raw_array.h"
 
 BitBuffer::BitBuffer() : BitBuffer(1) {}
 
 BitBuffer::BitBuffer(unsigned long size) : data(nullptr), size(size != 0 ? size : 1) {
-  data = allocate_bytes(this->size);
+  data = allocate_raw_array<unsigned char>(this->size);
   std::memset(data, 0, this->size);
 }
 
 BitBuffer::BitBuffer(const BitBuffer& other)
-    : data(allocate_bytes(other.size)), size(other.size) {
+    : data(allocate_raw_array<unsigned char>(other.size)), size(other.size) {
   std::memcpy(data, other.data, size);
 }
 
 BitBuffer& BitBuffer::operator=(const BitBuffer& other) {
   if (this != &other) {
     // Allocate before freeing: a failed copy must not leave this buffer without storage.
-    unsigned char* copy = allocate_bytes(other.size);
+    unsigned char* copy = allocate_raw_array<unsigned char>(other.size);
     std::memcpy(copy, other.data, other.size);
     std::free(data);
     data = copy;
@@ -87,7 +79,7 @@ void BitBuffer::partial_clear(unsigned long count) {
 
 void BitBuffer::reset() {
   std::free(data);
-  data = allocate_bytes(1);
+  data = allocate_raw_array<unsigned char>(1);
   data[0] = 0;
   size = 1;
 }

@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "fatal_assert.h"
+#include "raw_array.h"
 
 /// Growable first-in, first-out ring buffer of plain-data elements. Not synchronised:
 /// the owner guards it (ThreadHive keeps its pending tasks here under its queue mutex).
@@ -16,8 +17,7 @@
 /// when an insertion finds the queue full, and never shrinks.
 ///
 /// Elements are moved as raw bytes; nothing is constructed or destroyed per slot. If the
-/// buffer cannot be allocated the process stops with a fatal assertion: a queue that
-/// silently dropped an element would lose work that someone is waiting for.
+/// buffer cannot be allocated the process stops with a fatal assertion (see raw_array.h).
 template <typename T>
 class FastQueue {
   static_assert(std::is_trivially_copyable<T>::value,
@@ -42,8 +42,6 @@ public:
   std::uint64_t get_size() const { return (tail + capacity - head) & (capacity - 1); }
 
 private:
-  static T* allocate(std::uint64_t slots);
-
   T* buffer;
   std::uint64_t head;
   std::uint64_t tail;
@@ -51,17 +49,7 @@ private:
 };
 
 template <typename T>
-T* FastQueue<T>::allocate(std::uint64_t slots) {
-  // Doubling cannot overflow the byte count before malloc refuses, but check anyway:
-  // a wrapped size would hand back a tiny buffer and every later copy would overrun it.
-  QM_ASSERT(slots <= SIZE_MAX / sizeof(T));
-  T* slots_memory = static_cast<T*>(std::malloc(static_cast<std::size_t>(slots) * sizeof(T)));
-  QM_ASSERT(slots_memory != nullptr);
-  return slots_memory;
-}
-
-template <typename T>
-FastQueue<T>::FastQueue() : buffer(allocate(2)), head(0), tail(0), capacity(2) {}
+FastQueue<T>::FastQueue() : buffer(allocate_raw_array<T>(2)), head(0), tail(0), capacity(2) {}
 
 template <typename T>
 FastQueue<T>::~FastQueue() {
@@ -74,7 +62,7 @@ void FastQueue<T>::grow() {
   if (!full) {
     return;
   }
-  T* grown = allocate(capacity * 2);
+  T* grown = allocate_raw_array<T>(capacity * 2);
   // Unwrap into queue order at the start of the new buffer, so that head becomes 0.
   if (tail >= head) {
     std::memcpy(static_cast<void*>(grown), buffer + head, (tail - head) * sizeof(T));

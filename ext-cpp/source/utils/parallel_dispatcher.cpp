@@ -8,6 +8,7 @@
 #include <new>
 
 #include "fatal_assert.h"
+#include "raw_array.h"
 #include "thread_hive.h"
 
 namespace {
@@ -61,13 +62,11 @@ std::uint64_t ParallelDispatcher::get_num_processors() {
 ParallelDispatcher::ParallelDispatcher(unsigned long num_threads)
     : workers(nullptr), num_workers(num_threads < 2 ? 1 : num_threads - 1), num_busy(0),
       threads(nullptr), spin_ns(0) {
-  workers = static_cast<Worker*>(std::malloc(num_workers * sizeof(Worker)));
-  QM_ASSERT(workers != nullptr);
+  workers = allocate_raw_array<Worker>(num_workers);
   for (std::uint64_t i = 0; i < num_workers; ++i) {
     new (&workers[i]) Worker{this, nullptr, nullptr, 0, 0, {idle}};
   }
-  threads = static_cast<pthread_t*>(std::malloc(num_workers * sizeof(pthread_t)));
-  QM_ASSERT(threads != nullptr);
+  threads = allocate_raw_array<pthread_t>(num_workers);
   std::memset(static_cast<void*>(threads), 0, num_workers * sizeof(pthread_t));
 
   pthread_mutex_init(&done_mutex, nullptr);
@@ -82,14 +81,12 @@ ParallelDispatcher::ParallelDispatcher(unsigned long num_threads)
   }
 
   // Started workers are packed at the front: worker records past num_workers never get a
-  // slice, so a refused thread can never hold up a dispatch.
+  // slice, so a refused thread can never hold up a dispatch, and their handles are never read.
   std::uint64_t started = 0;
   for (std::uint64_t i = 0; i < num_workers; ++i) {
     if (pthread_create(&threads[started], nullptr, &ParallelDispatcher::thread_task,
                        &workers[started]) == 0) {
       ++started;
-    } else {
-      std::memset(static_cast<void*>(&threads[started]), 0, sizeof(pthread_t));
     }
   }
   // Workers never read num_workers, so setting it after they started is safe.

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "raw_array.h"
+
 std::uint64_t ThreadHive::get_num_processors() {
   const long online = sysconf(_SC_NPROCESSORS_ONLN);
   // sysconf answers -1 when it cannot tell; one thread is always a safe answer.
@@ -14,8 +16,7 @@ std::uint64_t ThreadHive::get_num_processors() {
 ThreadHive::ThreadHive(unsigned long num_threads)
     : threads(nullptr), num_threads(num_threads != 0 ? num_threads : 1), num_tasks(0),
       stop(false) {
-  threads = static_cast<pthread_t*>(std::malloc(this->num_threads * sizeof(pthread_t)));
-  QM_ASSERT(threads != nullptr);
+  threads = allocate_raw_array<pthread_t>(this->num_threads);
   std::memset(static_cast<void*>(threads), 0, this->num_threads * sizeof(pthread_t));
 
   pthread_mutex_init(&queue_mutex, nullptr);
@@ -24,14 +25,12 @@ ThreadHive::ThreadHive(unsigned long num_threads)
   pthread_cond_init(&task_cond, nullptr);
   pthread_cond_init(&finished_cond, nullptr);
 
-  // Started workers are packed at the front, so num_threads ends up counting the threads
-  // that exist and the zero handles after them are the ones the system refused.
+  // Started workers are packed at the front and num_threads ends up counting them: the
+  // handles past it belong to threads the system refused and are never read.
   std::uint64_t started = 0;
   for (std::uint64_t i = 0; i < this->num_threads; ++i) {
     if (pthread_create(&threads[started], nullptr, &ThreadHive::thread_task, this) == 0) {
       ++started;
-    } else {
-      std::memset(static_cast<void*>(&threads[started]), 0, sizeof(pthread_t));
     }
   }
   // No worker has seen a task yet, and tasks (the only worker code that reads num_threads,

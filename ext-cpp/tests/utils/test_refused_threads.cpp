@@ -1,10 +1,13 @@
-// What the pool and the dispatcher do when the system refuses to create their threads:
-// every thread created while RefuseNewThreads is alive asks for an impossible stack.
+// What the pool and the dispatcher do when the system refuses to create their threads
+// (every thread created while RefuseNewThreads is alive asks for an impossible stack), and
+// what the utilities do with sizes that cannot be allocated.
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <climits>
 #include <cstdint>
 
+#include "bit_buffer.h"
 #include "parallel_dispatcher.h"
 #include "thread_hive.h"
 
@@ -84,4 +87,22 @@ TEST(RefusedThreads, DispatcherRunsTheWholeRangeOnTheCaller) {
   dispatcher.distribute_task(record, 9, 10, &calls);
   EXPECT_EQ(calls.count, 2);
   EXPECT_EQ(calls.begin, 9u);
+}
+
+TEST(ImpossibleSizesDeathTest, AreFatalInsteadOfWrapping) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  // A count whose byte size wraps around would otherwise allocate a tiny array.
+  EXPECT_DEATH({ ThreadHive hive(ULONG_MAX); }, "Assertion failed: count <= SIZE_MAX / sizeof\\(T\\)");
+  EXPECT_DEATH({ ParallelDispatcher dispatcher(ULONG_MAX); }, "Assertion failed: count <= SIZE_MAX");
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  // The sanitizers' allocators report an impossible request themselves, in their own words.
+  const char* const out_of_memory = "";
+  const char* const cannot_grow = "";
+#else
+  const char* const out_of_memory = "Assertion failed: array != nullptr";
+  const char* const cannot_grow = "Assertion failed: grown != nullptr";
+#endif
+  EXPECT_DEATH({ BitBuffer buffer(1ul << 62); }, out_of_memory);
+  BitBuffer buffer;
+  EXPECT_DEATH(buffer.reserve(ULONG_MAX), cannot_grow);
 }
