@@ -197,9 +197,12 @@ TEST(Vector3, Parallel) {
   // Vectors too short to normalise are compared as they are: 1e-6 apart is not parallel.
   double const l = Geom::LENGTH_EPSILON;
   ASSERT_LE(l * l, Geom::SQUARED_LENGTH_EPSILON);
-  EXPECT_FALSE(Vector3().parallel_to(Vector3(0.0, l, 0.0)));
-  EXPECT_TRUE(Vector3().parallel_to(Vector3(0.0, down(l), 0.0)));
-  EXPECT_TRUE(Vector3().parallel_to(Vector3(0.0, 0.0, -down(l))));
+  for (Vector3 const& axis : {Vector3::X_AXIS, Vector3::Y_AXIS, Vector3::Z_AXIS}) {
+    EXPECT_FALSE(Vector3().parallel_to(axis * l));
+    EXPECT_FALSE(Vector3().parallel_to(axis * -l));
+    EXPECT_TRUE(Vector3().parallel_to(axis * down(l)));
+    EXPECT_TRUE(Vector3().parallel_to(axis * -down(l)));
+  }
 }
 
 }  // namespace
