@@ -424,3 +424,31 @@ TEST_F(HandleCache, HandlesSurviveCompaction) {
 }
 
 }  // namespace
+
+namespace {
+
+// Runs in an interpreter started without the host (ctest entry ruby_tests.without_host);
+// skipped in the ordinary run, where the harness has already filled the cache.
+class WithoutHost : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (qmtest::host_loaded) GTEST_SKIP() << "needs QM_HOST=none";
+  }
+
+  static void expect_cache_empty() {
+    for (ValueSlot const& h : CLASS_HANDLES) EXPECT_EQ(*h.slot, VALUE(0)) << h.constant;
+    for (ValueSlot const& h : GL_HANDLES) EXPECT_EQ(*h.slot, VALUE(0)) << h.constant;
+    for (FacePointSlot const& h : FACE_POINT_HANDLES) EXPECT_EQ(*h.slot, VALUE(0)) << h.constant;
+    for (IdSlot const& h : METHOD_IDS) EXPECT_EQ(*h.slot, ID(0)) << h.name;
+    EXPECT_EQ(RU::SU_MAJOR_VERSION, 0);
+    EXPECT_FALSE(RU::SU_IS_64BIT);
+  }
+};
+
+TEST_F(WithoutHost, TheFillFailsAtTheFirstLookupAndLeavesEveryHandleZero) {
+  expect_cache_empty();
+  EXPECT_EQ(qmtest::raised_by([] { RU::init_ruby(); }), "NameError: uninitialized constant Sketchup");
+  expect_cache_empty();
+}
+
+}  // namespace

@@ -11,6 +11,7 @@
 namespace qmtest {
 
 ID marker_before_init = 0;
+bool host_loaded = false;
 
 std::string take_exception(int state) {
   if (state == 0) return std::string();
@@ -83,14 +84,19 @@ int main(int argc, char** argv) {
   char* options[] = {program, no_gems, execute, script};
   ruby_options(4, options);
 
-  int state = 0;
-  rb_eval_string_protect("$LOAD_PATH.unshift('" QUILLMARK_HOST_RUBY_DIR "'); require 'sketchup'",
-                         &state);
-  if (state != 0) return die("loading the host stand-in failed", state);
+  const char* host = std::getenv("QM_HOST");
+  bool const bare = host != nullptr && std::strcmp(host, "none") == 0;
+  if (!bare) {
+    int state = 0;
+    rb_eval_string_protect(
+        "$LOAD_PATH.unshift('" QUILLMARK_HOST_RUBY_DIR "'); require 'sketchup'", &state);
+    if (state != 0) return die("loading the host stand-in failed", state);
 
-  qmtest::marker_before_init = rb_intern("quillmark_tests_marker_before_init");
-  rb_protect([](VALUE) -> VALUE { RU::init_ruby(); return Qnil; }, Qnil, &state);
-  if (state != 0) return die("filling the handle cache failed", state);
+    qmtest::marker_before_init = rb_intern("quillmark_tests_marker_before_init");
+    rb_protect([](VALUE) -> VALUE { RU::init_ruby(); return Qnil; }, Qnil, &state);
+    if (state != 0) return die("filling the handle cache failed", state);
+    qmtest::host_loaded = true;
+  }
 
   if (env_flag("QM_GC_COMPACT"))
     testing::UnitTest::GetInstance()->listeners().Append(new CompactAfterEachTest);

@@ -6,7 +6,8 @@
 // tests on the interpreter's thread.
 //
 // Environment switches: QM_GC_STRESS=1 sets GC.stress = true for the whole run;
-// QM_GC_COMPACT=1 compacts the heap (and verifies references) after every test.
+// QM_GC_COMPACT=1 compacts the heap (and verifies references) after every test;
+// QM_HOST=none starts the interpreter bare: no host stand-in, the cache left unfilled.
 
 #include <string>
 #include <type_traits>
@@ -18,6 +19,9 @@ namespace qmtest {
 /// A symbol interned just before the harness filled the handle cache: any ID greater than it
 /// was first interned by the cache itself.
 extern ID marker_before_init;
+
+/// False when the run started without the host stand-in (QM_HOST=none).
+extern bool host_loaded;
 
 /// Evaluates Ruby code. A raise fails the current test with "Class: message" and gives nil.
 VALUE eval(const char* ruby_code);
