@@ -138,29 +138,35 @@ void touch_range(unsigned long begin, unsigned long end, void* data) {
 
 std::uint64_t tiny_slots[2 * 8];
 
+void tiny_openmp() {
+#pragma omp parallel for num_threads(kThreads) schedule(static)
+  for (int i = 0; i < 2; ++i) {
+    touch_range(static_cast<unsigned long>(i), static_cast<unsigned long>(i) + 1, tiny_slots);
+  }
+}
+
+void tiny_tbb() {
+  two_thread_arena().execute([] {
+    oneapi::tbb::parallel_for(
+        oneapi::tbb::blocked_range<unsigned long>(0, 2, 1),
+        [](const oneapi::tbb::blocked_range<unsigned long>& r) {
+          touch_range(r.begin(), r.end(), tiny_slots);
+        },
+        oneapi::tbb::simple_partitioner());
+  });
+}
+
 void BM_Dispatch_Tiny_ParallelDispatcher(benchmark::State& state) {
   ParallelDispatcher dispatcher(kThreads);
   for (auto _ : state) dispatcher.distribute_task(&touch_range, 0, 2, tiny_slots);
 }
 
 void BM_Dispatch_Tiny_OpenMP(benchmark::State& state) {
-  for (auto _ : state) {
-#pragma omp parallel for num_threads(kThreads) schedule(static)
-    for (int i = 0; i < 2; ++i) touch_range(static_cast<unsigned long>(i), static_cast<unsigned long>(i) + 1, tiny_slots);
-  }
+  for (auto _ : state) tiny_openmp();
 }
 
 void BM_Dispatch_Tiny_Tbb(benchmark::State& state) {
-  for (auto _ : state) {
-    two_thread_arena().execute([] {
-      oneapi::tbb::parallel_for(
-          oneapi::tbb::blocked_range<unsigned long>(0, 2, 1),
-          [](const oneapi::tbb::blocked_range<unsigned long>& r) {
-            touch_range(r.begin(), r.end(), tiny_slots);
-          },
-          oneapi::tbb::simple_partitioner());
-    });
-  }
+  for (auto _ : state) tiny_tbb();
 }
 
 BENCHMARK(BM_Dispatch_Tiny_ParallelDispatcher)->Unit(benchmark::kMicrosecond)->UseRealTime();
@@ -196,25 +202,9 @@ void BM_Idle_ParallelDispatcher(benchmark::State& state) {
   measure_idle(state, [&] { dispatcher.distribute_task(&touch_range, 0, 2, tiny_slots); });
 }
 
-void BM_Idle_OpenMP(benchmark::State& state) {
-  measure_idle(state, [] {
-#pragma omp parallel for num_threads(kThreads) schedule(static)
-    for (int i = 0; i < 2; ++i) touch_range(static_cast<unsigned long>(i), static_cast<unsigned long>(i) + 1, tiny_slots);
-  });
-}
+void BM_Idle_OpenMP(benchmark::State& state) { measure_idle(state, &tiny_openmp); }
 
-void BM_Idle_Tbb(benchmark::State& state) {
-  measure_idle(state, [] {
-    two_thread_arena().execute([] {
-      oneapi::tbb::parallel_for(
-          oneapi::tbb::blocked_range<unsigned long>(0, 2, 1),
-          [](const oneapi::tbb::blocked_range<unsigned long>& r) {
-            touch_range(r.begin(), r.end(), tiny_slots);
-          },
-          oneapi::tbb::simple_partitioner());
-    });
-  });
-}
+void BM_Idle_Tbb(benchmark::State& state) { measure_idle(state, &tiny_tbb); }
 
 BENCHMARK(BM_Idle_ParallelDispatcher)->Iterations(25)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_Idle_OpenMP)->Iterations(25)->Unit(benchmark::kMillisecond)->UseRealTime();
