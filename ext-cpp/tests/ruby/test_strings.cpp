@@ -183,6 +183,9 @@ TEST(ArrayDeleteFirst, MatchesByIdentityAndRefusesWhatIsNotAnArray) {
   EXPECT_EQ(RU::array_delete_first(array, eval("$a[0]")), INT2FIX(0));
   EXPECT_EQ(RU::array_delete_first(array, Qnil), INT2FIX(1));
   EXPECT_TRUE(truthy("$a == [:y, 1e300] && $a.is_a?(QmList)"));
+  // Reading past the end gives nil, which must not pass for a match.
+  EXPECT_EQ(RU::array_delete_first(array, Qnil), Qnil);
+  EXPECT_TRUE(truthy("$a == [:y, 1e300]"));
 
   for (const char* expression : {"nil", "'[1, 2]'", ":a", "{1 => 2}", "1..3", "Object.new"}) {
     VALUE value = let("$v", eval(expression));
