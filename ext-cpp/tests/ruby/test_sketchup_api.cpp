@@ -165,6 +165,10 @@ TEST_F(SketchupApi, TypedValuesAreCopiedDeeplyAndTypeChecked) {
   SUTypedValueSetDouble(item, 1.25);
   ASSERT_EQ(SUTypedValueSetArrayItems(array, 1, &item), SU_ERROR_NONE);
   SUTypedValueSetDouble(item, 2.5);  // the array kept a copy
+  SUTypedValueRef own_item = SU_INVALID;
+  size_t own_count = 0;
+  ASSERT_EQ(SUTypedValueGetArrayItems(array, 1, &own_item, &own_count), SU_ERROR_NONE);
+  EXPECT_EQ(SUTypedValueRelease(&own_item), SU_ERROR_INVALID_INPUT) << "items belong to their array";
 
   const SUAttributeDictionaryRef dictionary = su_standin_add_dictionary(SUGroupToEntity(su_standin_add_group(top_)), "d");
   ASSERT_EQ(su_standin_dictionary_set(dictionary, "a", array), SU_ERROR_NONE);
@@ -180,7 +184,7 @@ TEST_F(SketchupApi, TypedValuesAreCopiedDeeplyAndTypeChecked) {
   double stored = 0.0;
   ASSERT_EQ(SUTypedValueGetDouble(items[0], &stored), SU_ERROR_NONE);
   EXPECT_EQ(stored, 1.25);
-  EXPECT_EQ(SUTypedValueRelease(&items[0]), SU_ERROR_INVALID_INPUT) << "items belong to their array";
+  EXPECT_EQ(SUTypedValueRelease(&items[0]), SU_ERROR_INVALID_INPUT) << "and to copies of it";
 
   float as_float = 0.0f;
   int32_t as_int = 0;
