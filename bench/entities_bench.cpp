@@ -12,12 +12,12 @@
 
 #include <sketchup_api_standin.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "embedded_ruby_bench.h"
 #include "ruby_entities.h"
 #include "ruby_handles.h"
 
@@ -51,31 +51,22 @@ void* realloc(void* pointer, size_t size) {
 
 namespace {
 
-VALUE eval_or_die(const std::string& code) {
-  int state = 0;
-  const VALUE result = rb_eval_string_protect(code.c_str(), &state);
-  if (state != 0) {
-    std::fprintf(stderr, "bench_entities: `%s` raised\n", code.c_str());
-    std::exit(2);
-  }
-  return result;
-}
-
 // The last group of a model of `groups` groups over `definitions` definitions, built once per
 // shape and kept alive in a global variable.
 VALUE last_group(long groups, long definitions) {
   const std::string name = "$bench_" + std::to_string(groups) + "_" + std::to_string(definitions);
   const VALUE cached = rb_gv_get(name.c_str());
   if (!NIL_P(cached)) return cached;
-  return eval_or_die(name + " = begin\n" +
-                     "  model = Sketchup::Model.new\n"
-                     "  last = nil\n" +
-                     "  " + std::to_string(definitions) + ".times do |d|\n" +
-                     "    definition = model.definitions.add(\"D#{d}\")\n" +
-                     "    " + std::to_string(groups / definitions) + ".times { last = definition.entities.add_group }\n" +
-                     "  end\n"
-                     "  last\n"
-                     "end");
+  const std::string code = name + " = begin\n" +
+                           "  model = Sketchup::Model.new\n"
+                           "  last = nil\n  " +
+                           std::to_string(definitions) + ".times do |d|\n" +
+                           "    definition = model.definitions.add(\"D#{d}\")\n    " +
+                           std::to_string(groups / definitions) + ".times { last = definition.entities.add_group }\n" +
+                           "  end\n"
+                           "  last\n"
+                           "end";
+  return qmbench::eval_or_die(code.c_str());
 }
 
 // The same walk with a vector per list: what the finder saves.
@@ -156,37 +147,4 @@ BENCHMARK_TEMPLATE(BM_find_last_group, vector_find_group)->Name("peer/vector_per
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-
-  ruby_sysinit(&argc, &argv);
-  RUBY_INIT_STACK;
-  ruby_init();
-  // Option processing sets the load path (Fiddle lives there) and loads the core methods
-  // written in Ruby; the empty script is never run.
-  char program[] = "bench_entities";
-  char no_gems[] = "--disable-gems";
-  char execute[] = "-e";
-  char script[] = "";
-  char* options[] = {program, no_gems, execute, script};
-  ruby_options(4, options);
-
-  eval_or_die("$LOAD_PATH.unshift('" QUILLMARK_HOST_RUBY_DIR "'); require 'sketchup'");
-  int state = 0;
-  rb_protect(
-      [](VALUE) -> VALUE {
-        RU::init_ruby();
-        return Qnil;
-      },
-      Qnil, &state);
-  if (state != 0) {
-    std::fprintf(stderr, "bench_entities: filling the handle cache failed\n");
-    return 2;
-  }
-
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  ruby_cleanup(0);
-  return 0;
-}
+int main(int argc, char** argv) { return qmbench::run_in_ruby(argc, argv, "bench_entities"); }
