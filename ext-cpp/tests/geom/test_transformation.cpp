@@ -67,7 +67,6 @@ TEST(Transformation, StorageIsColumnMajor) {
   EXPECT_EQ(0, std::memcmp(&t, m, sizeof m));
   Transformation const tf(f);
   EXPECT_EQ(0, std::memcmp(&tf, m, sizeof m));
-  EXPECT_EQ(t.y_axis.x, m[4]);
   // Columns are images of the unit directions; elements 12..14 translate.
   Transformation const a(Vector3(1, 2, 3), Vector3(4, 5, 6), Vector3(7, 8, 9), Vector3(10, 11, 12));
   expect_elements(a, {1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0, 10, 11, 12, 1});
@@ -153,20 +152,19 @@ TEST(Transformation, ProductsSumInIncreasingK) {
   }
 }
 
-TEST(Transformation, ProductComposesApplication) {
-  std::mt19937 rng(2);
-  std::uniform_real_distribution<double> d(-5.0, 5.0);
-  for (int i = 0; i < 200; ++i) {
-    Transformation const a = random_matrix(rng, false);
-    Transformation const b = random_matrix(rng, false);
-    Vector3 const p(d(rng), d(rng), d(rng));
-    expect_near((a * b).transform_vector(p), a.transform_vector(b.transform_vector(p)), 1e-11);
-    expect_near((a * b).rotate_vector(p), a.rotate_vector(b.rotate_vector(p)), 1e-11);
-  }
+TEST(Transformation, ProductAppliesRightOperandFirst) {
   Transformation const r = Transformation::rotatez(kPi / 2);
   Transformation const s(Vector3(1, 0, 0));
   expect_near((r * s).transform_vector(Vector3()), Vector3(0, 1, 0));
   expect_near((s * r).transform_vector(Vector3()), Vector3(1, 0, 0));
+  std::mt19937 rng(2);
+  std::uniform_real_distribution<double> d(-5.0, 5.0);
+  for (int i = 0; i < 100; ++i) {
+    Transformation const a = random_matrix(rng, false);
+    Transformation const b = random_matrix(rng, false);
+    Vector3 const p(d(rng), d(rng), d(rng));
+    expect_near((a * b).transform_vector(p), a.transform_vector(b.transform_vector(p)), 1e-11);
+  }
 }
 
 TEST(Transformation, WeightDividesPoints) {
