@@ -7,10 +7,6 @@
 #include <string>
 #include <vector>
 
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/asan_interface.h>
-#endif
-
 #include "bridge_test_util.h"
 #include "ruby_entities.h"
 #include "ruby_handles.h"
@@ -66,21 +62,6 @@ const char* const kBuildRandomModel = R"(
     end
   end
 )";
-
-// qmtest::raised_by, for calls that raise from inside our own (instrumented) frames. The
-// interpreter's raise longjmps past them without telling AddressSanitizer, so their stack
-// redzones would stay poisoned below the caller and trip a later, innocent access.
-template <class F>
-std::string raised_through_us(F&& f) {
-  std::string error = qmtest::raised_by(f);
-#if defined(__SANITIZE_ADDRESS__)
-  char here;
-  constexpr uintptr_t kSkippedFrames = 64 * 1024;
-  __asan_unpoison_memory_region(reinterpret_cast<char*>(reinterpret_cast<uintptr_t>(&here) - kSkippedFrames),
-                                kSkippedFrames);
-#endif
-  return error;
-}
 
 int32_t sdk_id(SUEntityRef entity) {
   int32_t id = -1;
@@ -398,10 +379,10 @@ TEST_F(EntityFinders, RubyErrorsPropagateBeforeTheSdkIsTouched) {
     SUGroupRef group = sentinel<SUGroupRef>();
     SUComponentInstanceRef instance = sentinel<SUComponentInstanceRef>();
     SUComponentDefinitionRef definition = sentinel<SUComponentDefinitionRef>();
-    EXPECT_EQ(raised_through_us([&] { RU::vsu_to_csu_group(entity, &group); }).rfind(c.error, 0), 0u) << c.entity;
-    EXPECT_EQ(raised_through_us([&] { RU::vsu_to_csu_component_instance(entity, &instance); }).rfind(c.error, 0), 0u)
+    EXPECT_EQ(qmtest::raised_by([&] { RU::vsu_to_csu_group(entity, &group); }).rfind(c.error, 0), 0u) << c.entity;
+    EXPECT_EQ(qmtest::raised_by([&] { RU::vsu_to_csu_component_instance(entity, &instance); }).rfind(c.error, 0), 0u)
         << c.entity;
-    EXPECT_EQ(raised_through_us([&] { RU::vsu_to_csu_component_definition(entity, &definition); }).rfind(c.error, 0), 0u)
+    EXPECT_EQ(qmtest::raised_by([&] { RU::vsu_to_csu_component_definition(entity, &definition); }).rfind(c.error, 0), 0u)
         << c.entity;
     EXPECT_EQ(group.ptr, sentinel<SUGroupRef>().ptr);
     EXPECT_EQ(instance.ptr, sentinel<SUComponentInstanceRef>().ptr);
