@@ -16,16 +16,6 @@ double component(Vector3 const& v, int axis) noexcept {
 
 }  // namespace
 
-BoundingBox3& BoundingBox3::add(BoundingBox3 const& b) noexcept {
-  if (b.min.x < min.x) min.x = b.min.x;
-  if (b.min.y < min.y) min.y = b.min.y;
-  if (b.min.z < min.z) min.z = b.min.z;
-  if (b.max.x > max.x) max.x = b.max.x;
-  if (b.max.y > max.y) max.y = b.max.y;
-  if (b.max.z > max.z) max.z = b.max.z;
-  return *this;
-}
-
 BoundingBox3& BoundingBox3::add(Vector3 const& lo, Vector3 const& hi) noexcept {
   if (lo.x < min.x) min.x = lo.x;
   if (lo.y < min.y) min.y = lo.y;
@@ -35,6 +25,8 @@ BoundingBox3& BoundingBox3::add(Vector3 const& lo, Vector3 const& hi) noexcept {
   if (hi.z > max.z) max.z = hi.z;
   return *this;
 }
+
+BoundingBox3& BoundingBox3::add(BoundingBox3 const& b) noexcept { return add(b.min, b.max); }
 
 BoundingBox3& BoundingBox3::scale_self(double s) noexcept {
   Vector3 const c = (min + max) * 0.5;
