@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
 # Installs what a fresh Debian 12 lacks to build and test Quillmark: compiler, CMake,
-# Ruby 3.1 with its headers, GoogleTest, and the tools the tests call (nm, readelf).
+# Ruby 3.1 with its headers, GoogleTest, and the tools the tests call (nm, readelf, and
+# valgrind for the leak check of the Ruby bridge).
 # Extra package sets: `setup.sh bench` adds the benchmark peers, `setup.sh fuzz` clang.
 # Installs only what is missing; safe to run again.
 set -euo pipefail
 
-packages=(g++ make cmake binutils ruby ruby-dev libgtest-dev libgmock-dev)
+packages=(g++ make cmake binutils ruby ruby-dev libgtest-dev libgmock-dev valgrind)
 for extra in "$@"; do
   case "$extra" in
     bench) packages+=(libbenchmark-dev libeigen3-dev libglm-dev libtbb-dev libthread-pool-dev) ;;
-    leak) packages+=(valgrind) ;;
     fuzz) packages+=(clang libclang-rt-14-dev) ;;
     *) echo "setup.sh: unknown package set '$extra'" >&2; exit 2 ;;
   esac

@@ -13,7 +13,7 @@
 
 using qmtest::eval;
 using qmtest::let;
-using qmtest::raises;
+using qmtest::raised_by;
 using qmtest::truthy;
 
 namespace {
@@ -150,7 +150,7 @@ TEST(GeometryVectors, OutcomeOfEveryKindOfInput) {
   for (Case const& c : cases) {
     Geom::Vector3 out = SENTINEL;
     VALUE value = let("$v", eval(c.expression));
-    std::string error = raises([&] { RU::value_to_vector(value, out); });
+    std::string error = raised_by([&] { RU::value_to_vector(value, out); });
     EXPECT_EQ(error.rfind(c.error, 0), 0u) << c.expression << " raised " << error;
     EXPECT_TRUE(*c.error != '\0' || error.empty()) << c.expression << " raised " << error;
     EXPECT_TRUE(same_vector(out, c.left)) << c.expression;
@@ -160,7 +160,7 @@ TEST(GeometryVectors, OutcomeOfEveryKindOfInput) {
   Geom::Vector3 out = SENTINEL;
   RU::varry_to_vector2(RARRAY_CONST_PTR(array) + 1, out, -2.0);
   EXPECT_TRUE(same_vector(out, Geom::Vector3(-3, -4, -6)));
-  EXPECT_EQ(raises([&] { RU::varry_to_vector(RARRAY_CONST_PTR(array) + 2, out); }),
+  EXPECT_EQ(raised_by([&] { RU::varry_to_vector(RARRAY_CONST_PTR(array) + 2, out); }),
             "TypeError: no implicit conversion to float from nil");
   EXPECT_TRUE(same_vector(out, Geom::Vector3(2, 3, -6)));
 }
@@ -188,7 +188,7 @@ TEST(GeometryVectors, SafeFormAnswersFalseInsteadOfRaising) {
     Geom::Vector3 out = SENTINEL;
     bool accepted = true;
     VALUE value = let("$v", eval(refused));
-    EXPECT_EQ(raises([&] { accepted = RU::value_to_vector_safe(value, out); }), "") << refused;
+    EXPECT_EQ(raised_by([&] { accepted = RU::value_to_vector_safe(value, out); }), "") << refused;
     EXPECT_FALSE(accepted) << refused;
     EXPECT_TRUE(same_vector(out, SENTINEL)) << refused;
   }
@@ -257,7 +257,7 @@ TEST(GeometryTransformations, HandsWhatIsNoTransformationToTheHost) {
     Geom::Transformation out;
     out.clear();
     VALUE value = let("$v", eval(r[0]));
-    EXPECT_EQ(raises([&] { RU::value_to_transformation2(value, out, 2.0); }), r[1]) << r[0];
+    EXPECT_EQ(raised_by([&] { RU::value_to_transformation2(value, out, 2.0); }), r[1]) << r[0];
     EXPECT_EQ(out.data()[15], 0.0) << r[0] << ": out must stay untouched";
   }
 
@@ -266,7 +266,7 @@ TEST(GeometryTransformations, HandsWhatIsNoTransformationToTheHost) {
   Geom::Transformation out;
   out.clear();
   VALUE partial = let("$v", eval("QmPartial.new((1..16).to_a)"));
-  EXPECT_EQ(raises([&] { RU::value_to_transformation(partial, out); }),
+  EXPECT_EQ(raised_by([&] { RU::value_to_transformation(partial, out); }),
             "TypeError: no implicit conversion to float from string");
   for (int k = 0; k < 16; ++k) EXPECT_EQ(out.data()[k], k < 5 ? k + 1.0 : 0.0) << k;
 }
@@ -310,7 +310,7 @@ TEST(GeometryTransformations, AffineFormDividesTheWeightAndChecksTheAxes) {
     Geom::Transformation out;
     out.clear();
     VALUE value = let("$t", eval((std::string("Geom::Transformation.new(") + c[0] + ")").c_str()));
-    EXPECT_EQ(raises([&] { RU::value_to_transformation3(value, out); }), c[1]) << c[0];
+    EXPECT_EQ(raised_by([&] { RU::value_to_transformation3(value, out); }), c[1]) << c[0];
     Geom::Transformation expected;
     expected.clear();  // untouched on error
     if (*c[1] == '\0') RU::value_to_transformation(eval(*c[2] == '=' ? c[0] : c[2]), expected);
@@ -338,7 +338,7 @@ TEST(GeometryTransformations, AffineFormKeepsRigidMotionsWithAnyAxisScales) {
 
     Geom::Transformation out;
     VALUE ruby = RU::transformation_to_value(weighted);
-    ASSERT_EQ(raises([&] { RU::value_to_transformation3(ruby, out); }), "") << "round " << round;
+    ASSERT_EQ(raised_by([&] { RU::value_to_transformation3(ruby, out); }), "") << "round " << round;
     for (int k = 0; k < 16; ++k) {
       ASSERT_NEAR(out.data()[k], t.data()[k], 1e-13 * (1.0 + std::fabs(t.data()[k])))
           << "round " << round << " element " << k;
@@ -405,7 +405,7 @@ TEST(GeometryBoxes, OnlyBoundingBoxesAreRead) {
                                  "[[0, 0, 0], [1, 1, 1]]", "Geom::Point3d.new", "10**400", "Float::NAN"}) {
     Geom::BoundingBox3 out(SENTINEL, SENTINEL);
     VALUE value = let("$v", eval(expression));
-    EXPECT_EQ(raises([&] { RU::value_to_bb2(value, out, 2.0); }), "TypeError: Expected Geom::BoundingBox")
+    EXPECT_EQ(raised_by([&] { RU::value_to_bb2(value, out, 2.0); }), "TypeError: Expected Geom::BoundingBox")
         << expression;
     EXPECT_TRUE(same_vector(out.min, SENTINEL) && same_vector(out.max, SENTINEL)) << expression;
   }
@@ -416,7 +416,7 @@ TEST(GeometryBoxes, OnlyBoundingBoxesAreRead) {
   // A max that cannot be read leaves min written and max as it was.
   out = Geom::BoundingBox3(SENTINEL, SENTINEL);
   VALUE bad = let("$v", eval("QmBadMax.new.add([1, 2, 3])"));
-  EXPECT_EQ(raises([&] { RU::value_to_bb(bad, out); }), "NoMethodError: undefined method `x' for nil:NilClass");
+  EXPECT_EQ(raised_by([&] { RU::value_to_bb(bad, out); }), "NoMethodError: undefined method `x' for nil:NilClass");
   EXPECT_TRUE(same_vector(out.min, Geom::Vector3(1, 2, 3)) && same_vector(out.max, SENTINEL));
 }
 
@@ -467,7 +467,7 @@ TEST(GeometryColors, HandsWhatIsNoColorToTheHost) {
   for (Case const& c : cases) {
     Geom::Color out = U;
     VALUE value = let("$v", eval(c.expression));
-    EXPECT_EQ(raises([&] { RU::value_to_color(value, out); }), c.error) << c.expression;
+    EXPECT_EQ(raised_by([&] { RU::value_to_color(value, out); }), c.error) << c.expression;
     EXPECT_EQ(std::memcmp(&out, &c.expected, sizeof out), 0)
         << c.expression << ": " << int(out.r) << " " << int(out.g) << " " << int(out.b) << " " << int(out.a);
   }

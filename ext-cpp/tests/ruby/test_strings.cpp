@@ -12,7 +12,7 @@
 using qmtest::bytes_of;
 using qmtest::eval;
 using qmtest::let;
-using qmtest::raises;
+using qmtest::raised_by;
 using qmtest::truthy;
 
 namespace {
@@ -36,7 +36,7 @@ void let_codes(std::vector<wchar_t> const& units) {
 // Converts with value_to_wc_str, or answers what it raised: the array never outlives this.
 std::vector<wchar_t> wide_of(VALUE value, std::string& error) {
   wchar_t* raw = nullptr;
-  error = raises([&] { raw = RU::value_to_wc_str(value); });
+  error = raised_by([&] { raw = RU::value_to_wc_str(value); });
   std::vector<wchar_t> units;
   for (wchar_t const* p = raw; p != nullptr && *p != 0; ++p) units.push_back(*p);
   delete[] raw;
@@ -100,8 +100,8 @@ TEST(StringsToValue, InvalidCodePointsRaiseTheInterpretersError) {
     std::string reference = std::to_string(code) + ".chr(Encoding::UTF_8)";
     std::string expected = qmtest::raised(reference.c_str());
     ASSERT_EQ(expected.rfind("RangeError: ", 0), 0u) << expected;
-    EXPECT_EQ(raises([&] { RU::to_value(text, 4); }), expected);
-    EXPECT_EQ(raises([&] { RU::to_value(text); }), expected);
+    EXPECT_EQ(raised_by([&] { RU::to_value(text, 4); }), expected);
+    EXPECT_EQ(raised_by([&] { RU::to_value(text); }), expected);
   }
 }
 
@@ -190,7 +190,7 @@ TEST(ArrayDeleteFirst, MatchesByIdentityAndRefusesWhatIsNotAnArray) {
   for (const char* expression : {"nil", "'[1, 2]'", ":a", "{1 => 2}", "1..3", "Object.new"}) {
     VALUE value = let("$v", eval(expression));
     let("$before", eval("$v.inspect"));
-    EXPECT_EQ(raises([&] { RU::array_delete_first(value, INT2FIX(1)); }),
+    EXPECT_EQ(raised_by([&] { RU::array_delete_first(value, INT2FIX(1)); }),
               "TypeError: Expected an Array object!")
         << expression;
     EXPECT_TRUE(truthy("$v.inspect == $before")) << expression;
@@ -198,5 +198,5 @@ TEST(ArrayDeleteFirst, MatchesByIdentityAndRefusesWhatIsNotAnArray) {
   // A frozen Array is the interpreter's to refuse, and only when something would change.
   VALUE frozen = let("$a", eval("[1, 2].freeze"));
   EXPECT_EQ(RU::array_delete_first(frozen, INT2FIX(3)), Qnil);
-  EXPECT_EQ(raises([&] { RU::array_delete_first(frozen, INT2FIX(2)); }).rfind("FrozenError", 0), 0u);
+  EXPECT_EQ(raised_by([&] { RU::array_delete_first(frozen, INT2FIX(2)); }).rfind("FrozenError", 0), 0u);
 }
