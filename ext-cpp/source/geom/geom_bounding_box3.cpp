@@ -108,15 +108,7 @@ bool BoundingBox3::intersects_ray(Vector3 const& origin, Vector3 const& directio
   k.scale_self(1.0 / k.length());
   // A cosine only for a unit direction: a longer one can push x past 1, hence the guards.
   double const x = w.dot(direction) * (1.0 / w.length());
-  double alpha = 0.0;
-  if (x < 0.0) {
-    alpha = PI;
-  } else if (x > 1.0) {
-    alpha = 0.0;
-  } else {
-    alpha = std::acos(x);
-  }
-  alpha = std::min(alpha, max_angle);
+  double const alpha = std::min(x < 0.0 ? PI : (x > 1.0 ? 0.0 : std::acos(x)), max_angle);
   Vector3 const turned = Transformation::rotate(k, alpha).rotate_vector(direction);
   return intersects_ray(origin, turned);
 }

@@ -187,6 +187,14 @@ TEST(BoundingBox3, RayTurnedTowardCentre) {
   EXPECT_TRUE(kUnit.intersects_ray(Vector3(-1, 0.5, 0.5), x, 0.3));
   EXPECT_FALSE(kUnit.intersects_ray(Vector3(-1, 0.5, 0.5), x.reverse(), 0.3));
   EXPECT_TRUE(kUnit.intersects_ray(Vector3(0.5, 0.5, 0.5), x, 0.3));
+  // Origin 1e-6 from the centre of a tiny box, on a face, aiming along it: a squared
+  // distance of exactly 1e-12 still turns the ray (toward +x, into the box); the plain test
+  // alone would miss.
+  BoundingBox3 const tiny(Vector3(0.0), Vector3(2e-6));
+  Vector3 const on_face(0.0, 1e-6, 1e-6);
+  ASSERT_EQ(((tiny.min + tiny.max) * 0.5 - on_face).length_squared(), 1e-12);
+  EXPECT_FALSE(tiny.intersects_ray(on_face, Vector3::Y_AXIS));
+  EXPECT_TRUE(tiny.intersects_ray(on_face, Vector3::Y_AXIS, 0.5));
   // Empty or inverted boxes never hit under the angular test.
   EXPECT_FALSE(BoundingBox3().intersects_ray(Vector3(), x, 3.0));
   EXPECT_FALSE(BoundingBox3(Vector3(0, 0, 1), Vector3(1, 1, 0)).intersects_ray(o, x, 0.5));
