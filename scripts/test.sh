@@ -17,9 +17,10 @@ run_pass() {
   local build="$root/build/test-$name"
   echo "== $name: configure and build (${build#$root/})"
   rm -rf "$build"
+  mkdir -p "$build"
   cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUILLMARK_WERROR=ON \
-    -DQUILLMARK_SANITIZE="$sanitize" >"$build.configure.log" 2>&1 ||
-    { cat "$build.configure.log"; return 1; }
+    -DQUILLMARK_SANITIZE="$sanitize" >"$build/configure.log" 2>&1 ||
+    { cat "$build/configure.log"; return 1; }
   cmake --build "$build" -j"$jobs" ${targets:+--target $targets}
   echo "== $name: tests"
   ctest --test-dir "$build" --output-on-failure -j"$jobs" ${labels:+-L "$labels"}
