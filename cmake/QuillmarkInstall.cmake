@@ -1,0 +1,45 @@
+# `cmake --install` for extension authors: the headers, the static parts, the SDK stand-in
+# they link, and a package config so that find_package(Quillmark CONFIG) answers the same
+# Quillmark::geom, Quillmark::utils and Quillmark::ruby targets the build defines as aliases.
+#
+# Headers go flat into include/quillmark, which is how the sources include each other.
+# The interpreter is not exported with the targets: its paths belong to the machine that
+# built the package, so the config asks the consumer's Ruby again (QuillmarkRuby.cmake).
+
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(QUILLMARK_INSTALL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/quillmark")
+set(QUILLMARK_INSTALL_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/Quillmark")
+
+set_target_properties(quillmark_geom PROPERTIES EXPORT_NAME geom)
+set_target_properties(quillmark_utils PROPERTIES EXPORT_NAME utils)
+set_target_properties(quillmark_ruby PROPERTIES EXPORT_NAME ruby)
+set_target_properties(quillmark_sketchup_api PROPERTIES EXPORT_NAME sketchup_api)
+
+install(TARGETS quillmark_geom quillmark_utils quillmark_ruby quillmark_sketchup_api
+  EXPORT QuillmarkTargets
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  INCLUDES DESTINATION ${QUILLMARK_INSTALL_INCLUDEDIR})
+
+foreach(part geom utils ruby)
+  file(GLOB _quillmark_headers CONFIGURE_DEPENDS
+       "${PROJECT_SOURCE_DIR}/ext-cpp/source/${part}/*.h")
+  install(FILES ${_quillmark_headers} DESTINATION ${QUILLMARK_INSTALL_INCLUDEDIR})
+endforeach()
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/ext-cpp/platform/sketchup_api/include/"
+  DESTINATION ${QUILLMARK_INSTALL_INCLUDEDIR})
+
+install(EXPORT QuillmarkTargets NAMESPACE Quillmark:: DESTINATION ${QUILLMARK_INSTALL_CMAKEDIR})
+configure_package_config_file(
+  "${PROJECT_SOURCE_DIR}/cmake/QuillmarkConfig.cmake.in"
+  "${PROJECT_BINARY_DIR}/QuillmarkConfig.cmake"
+  INSTALL_DESTINATION ${QUILLMARK_INSTALL_CMAKEDIR})
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/QuillmarkConfigVersion.cmake"
+  COMPATIBILITY SameMinorVersion)
+install(FILES
+  "${PROJECT_BINARY_DIR}/QuillmarkConfig.cmake"
+  "${PROJECT_BINARY_DIR}/QuillmarkConfigVersion.cmake"
+  "${PROJECT_SOURCE_DIR}/cmake/QuillmarkRuby.cmake"
+  DESTINATION ${QUILLMARK_INSTALL_CMAKEDIR})

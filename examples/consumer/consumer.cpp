@@ -1,0 +1,78 @@
+// A Ruby extension of its own, built against the installed Quillmark package:
+//
+//   QuillmarkConsumer.transform_points(transformation, points) -> Array of Geom::Point3d
+//
+// Every point is transformed as the host transforms points (divided by the weight; all
+// zero when the weight is unusable). The work follows the one pattern that is safe with
+// worker threads: convert every Ruby value on the interpreter's thread, compute in
+// parallel on plain doubles, then convert back on the interpreter's thread. Workers never
+// see a VALUE.
+
+#include <new>
+#include <type_traits>
+
+#include "geom_transformation.h"
+#include "geom_vector3.h"
+#include "parallel_dispatcher.h"
+#include "ruby_geometry.h"
+#include "ruby_handles.h"
+#include "ruby_lib.h"
+
+namespace {
+
+struct TransformJob {
+  Geom::Transformation transformation;
+  Geom::Vector3* points;
+};
+
+void transform_slice(unsigned long begin, unsigned long end, void* data) {
+  auto* job = static_cast<TransformJob*>(data);
+  for (unsigned long i = begin; i < end; ++i) {
+    job->points[i] = job->transformation.transform_vector(job->points[i]);
+  }
+}
+
+// One pool for the life of the process, started on first use. Only the interpreter's
+// thread dispatches, and it holds the GVL throughout, so no two dispatches overlap.
+ParallelDispatcher& pool() {
+  static ParallelDispatcher* const dispatcher =
+      new ParallelDispatcher(ParallelDispatcher::get_num_processors());
+  return *dispatcher;
+}
+
+VALUE transform_points(VALUE /*self*/, VALUE transformation, VALUE points) {
+  // Any of the conversions below may raise, which skips C++ destructors: only trivially
+  // destructible values are live here, and the point buffer belongs to Ruby's collector.
+  static_assert(std::is_trivially_destructible<Geom::Vector3>::value,
+                "the point buffer is never destroyed");
+  TransformJob job;
+  RU::value_to_transformation(transformation, job.transformation);
+  Check_Type(points, T_ARRAY);
+  long const count = RARRAY_LEN(points);
+
+  VALUE buffer_owner = 0;
+  job.points = ALLOCV_N(Geom::Vector3, buffer_owner, count);
+  for (long i = 0; i < count; ++i) {
+    new (&job.points[i]) Geom::Vector3();
+    // The array may change under a conversion that calls back into Ruby: read it afresh.
+    RU::value_to_vector(rb_ary_entry(points, i), job.points[i]);
+  }
+
+  pool().distribute_task(transform_slice, 0, static_cast<unsigned long>(count), &job);
+
+  VALUE result = rb_ary_new_capa(count);
+  for (long i = 0; i < count; ++i) {
+    rb_ary_push(result, RU::point_to_value(job.points[i]));
+  }
+  ALLOCV_END(buffer_owner);
+  return result;
+}
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) void Init_quillmark_consumer() {
+  // Fills the handle cache the conversions use; raises NameError without the host.
+  RU::init_ruby();
+  VALUE module = rb_define_module("QuillmarkConsumer");
+  rb_define_module_function(module, "transform_points", transform_points, 2);
+}

@@ -1,0 +1,34 @@
+# cmake -P driver for the package_consumer test: install, build the consumer against the
+# install only, then run the Ruby checks on it. Every step must succeed.
+
+foreach(var BUILD_DIR CONSUMER_SOURCE WORK_DIR CXX_COMPILER RUBY SCRIPT)
+  if(NOT ${var})
+    message(FATAL_ERROR "run_package_test.cmake needs -D${var}=...")
+  endif()
+endforeach()
+if(NOT CONFIG)
+  set(CONFIG Release)
+endif()
+
+# Nothing from an earlier run may stand in for what this one installs.
+file(REMOVE_RECURSE "${WORK_DIR}")
+set(prefix "${WORK_DIR}/prefix")
+set(consumer_build "${WORK_DIR}/consumer")
+
+function(step)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc)
+  if(NOT rc EQUAL 0)
+    string(REPLACE ";" " " shown "${ARGN}")
+    message(FATAL_ERROR "failed (${rc}): ${shown}")
+  endif()
+endfunction()
+
+step(${CMAKE_COMMAND} --install "${BUILD_DIR}" --prefix "${prefix}" --config "${CONFIG}")
+# The build tree is not on the search path: the consumer must find everything in the prefix.
+step(${CMAKE_COMMAND} -S "${CONSUMER_SOURCE}" -B "${consumer_build}"
+     "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_BUILD_TYPE=${CONFIG}"
+     "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
+     "-DCMAKE_CXX_FLAGS=-Werror")
+step(${CMAKE_COMMAND} --build "${consumer_build}" -j2)
+step(${CMAKE_COMMAND} -E env "QUILLMARK_CONSUMER_DIR=${consumer_build}"
+     "${RUBY}" "${SCRIPT}")

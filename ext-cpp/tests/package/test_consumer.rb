@@ -1,0 +1,88 @@
+# frozen_string_literal: true
+
+# The example consumer, built against the installed package, loaded by a plain require.
+#
+#   QUILLMARK_CONSUMER_DIR  the folder holding quillmark_consumer.<dlext>
+
+require "minitest/autorun"
+
+require File.expand_path("../../platform/host_ruby/sketchup.rb", __dir__)
+$LOAD_PATH.unshift(ENV.fetch("QUILLMARK_CONSUMER_DIR"))
+require "quillmark_consumer"
+
+class ConsumerTest < Minitest::Test
+  # The host's point transform, written out in the order the library evaluates it (column
+  # by column, then times the reciprocal weight), so that the answers agree to the bit.
+  def reference(values, point)
+    x, y, z = point.to_a.map(&:to_f)
+    f = values[15].abs > 1e-6 ? 1.0 / values[15] : 0.0
+    (0..2).map { |r| ((((values[r] * x) + (values[4 + r] * y)) + (values[8 + r] * z)) + values[12 + r]) * f }
+  end
+
+  def random_values(rng)
+    values = Array.new(16) { rng.rand(-10.0..10.0) }
+    values[15] = [1.0, rng.rand(0.1..4.0), -2.5, 1e-7, 0.0].sample(random: rng)
+    values
+  end
+
+  def random_point(rng)
+    coords = Array.new(3) { rng.rand(-1e3..1e3) }
+    case rng.rand(3)
+    when 0 then coords
+    when 1 then Geom::Point3d.new(*coords)
+    else Geom::Vector3d.new(*coords)
+    end
+  end
+
+  # Random transformations (weights of one, other usable ones, and unusable ones) over
+  # random mixes of point forms, short lists and lists long enough to split across workers.
+  def test_every_point_matches_the_host_transform_in_order
+    rng = Random.new(8)
+    40.times do |round|
+      values = random_values(rng)
+      count = round.zero? ? 20_000 : rng.rand(0..300)
+      points = Array.new(count) { random_point(rng) }
+      result = QuillmarkConsumer.transform_points(Geom::Transformation.new(values), points)
+      assert_equal count, result.size
+      result.each_with_index do |p, i|
+        assert_kind_of Geom::Point3d, p
+        assert_equal reference(values, points[i]), p.to_a, "round #{round}, point #{i}"
+      end
+    end
+  end
+
+  def test_takes_what_the_host_transformation_takes_and_leaves_the_input_alone
+    points = [[1, 2, 3], Geom::Point3d.new(-1, 0, 4)]
+    before = points.map(&:to_a)
+    moved = QuillmarkConsumer.transform_points([10, 20, 30], points)
+    assert_equal [[11.0, 22.0, 33.0], [9.0, 20.0, 34.0]], moved.map(&:to_a)
+    assert_equal before, points.map(&:to_a)
+    assert_equal [], QuillmarkConsumer.transform_points(Geom::Transformation.new, [])
+  end
+
+  def test_bad_input_raises_and_the_next_call_still_works
+    t = Geom::Transformation.new
+    assert_raises(TypeError) { QuillmarkConsumer.transform_points(t, Geom::Point3d.new(1, 2, 3)) }
+    assert_raises(TypeError) { QuillmarkConsumer.transform_points("not one", [[1, 2, 3]]) }
+    # A failure after many points were converted must not leave the buffer or the pool stuck.
+    many = Array.new(500) { [1, 2, 3] }
+    assert_raises(TypeError) { QuillmarkConsumer.transform_points(t, many + [[1, 2]]) }
+    assert_raises(NoMethodError) { QuillmarkConsumer.transform_points(t, many + ["text"]) }
+    assert_equal [[1.0, 2.0, 3.0]] * 500, QuillmarkConsumer.transform_points(t, many).map(&:to_a)
+  end
+
+  # The collector runs at every allocation: the point buffer and the growing result must be
+  # reachable throughout.
+  def test_survives_the_collector_running_at_every_allocation
+    rng = Random.new(3)
+    values = random_values(rng)
+    values[15] = 2.0
+    points = Array.new(200) { random_point(rng) }
+    GC.stress = true
+    result = QuillmarkConsumer.transform_points(Geom::Transformation.new(values), points)
+    GC.stress = false
+    assert_equal(points.map { |p| reference(values, p) }, result.map(&:to_a))
+  ensure
+    GC.stress = false
+  end
+end
