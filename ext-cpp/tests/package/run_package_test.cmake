@@ -23,12 +23,21 @@ function(step)
   endif()
 endfunction()
 
+# Instrumented libraries need an instrumented consumer, linked with the sanitizers' runtime.
+set(cxx_flags "-Werror")
+set(link_flags "")
+if(SANITIZE)
+  string(APPEND cxx_flags " -fsanitize=${SANITIZE} -fno-sanitize-recover=all")
+  set(link_flags "-fsanitize=${SANITIZE}")
+endif()
+string(REPLACE "|" ";" ruby_env "${RUBY_ENV}")
+
 step(${CMAKE_COMMAND} --install "${BUILD_DIR}" --prefix "${prefix}" --config "${CONFIG}")
 # The build tree is not on the search path: the consumer must find everything in the prefix.
 step(${CMAKE_COMMAND} -S "${CONSUMER_SOURCE}" -B "${consumer_build}"
      "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_BUILD_TYPE=${CONFIG}"
      "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
-     "-DCMAKE_CXX_FLAGS=-Werror")
+     "-DCMAKE_CXX_FLAGS=${cxx_flags}" "-DCMAKE_MODULE_LINKER_FLAGS=${link_flags}")
 step(${CMAKE_COMMAND} --build "${consumer_build}" -j2)
-step(${CMAKE_COMMAND} -E env "QUILLMARK_CONSUMER_DIR=${consumer_build}"
+step(${CMAKE_COMMAND} -E env "QUILLMARK_CONSUMER_DIR=${consumer_build}" ${ruby_env}
      "${RUBY}" "${SCRIPT}")
