@@ -2,7 +2,8 @@
 # Installs what a fresh Debian 12 lacks to build and test Quillmark: compiler, CMake,
 # Ruby 3.1 with its headers, GoogleTest, and the tools the tests call (nm, readelf, and
 # valgrind for the leak check of the Ruby bridge).
-# Extra package sets: `setup.sh bench` adds the benchmark peers, `setup.sh fuzz` clang.
+# Extra package sets: `setup.sh bench` adds the benchmark peers, `setup.sh fuzz` clang,
+# `setup.sh coverage` gcovr.
 # Installs only what is missing; safe to run again.
 set -euo pipefail
 
@@ -11,6 +12,7 @@ for extra in "$@"; do
   case "$extra" in
     bench) packages+=(libbenchmark-dev libeigen3-dev libglm-dev libtbb-dev libthread-pool-dev) ;;
     fuzz) packages+=(clang libclang-rt-14-dev) ;;
+    coverage) packages+=(gcovr) ;;
     *) echo "setup.sh: unknown package set '$extra'" >&2; exit 2 ;;
   esac
 done
