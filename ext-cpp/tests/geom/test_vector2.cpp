@@ -1,4 +1,5 @@
 #include "geom_vector2.h"
+#include "geom_vector3.h"
 #include "geom_test_support.h"
 
 #include <gtest/gtest.h>
@@ -82,6 +83,34 @@ TEST(Vector2, ParallelTo) {
   EXPECT_TRUE(Vector2(1.0, 0.0).parallel_to(Vector2(-1.0, 1e-7)));
   // One matching component is not enough.
   EXPECT_FALSE(Vector2(1.0, 0.0).parallel_to(Vector2(0.0, 1.0)));
+}
+
+TEST(Vector2, TransitionToIsUnclampedPerComponentInterpolation) {
+  std::mt19937_64 rng(20261123);
+  std::uniform_real_distribution<double> coord(-1e3, 1e3);
+  std::uniform_real_distribution<double> weight(-1.0, 2.0);
+  for (int i = 0; i < 500; ++i) {
+    Vector2 const a(coord(rng), coord(rng));
+    Vector2 const b(coord(rng), coord(rng));
+    double const t = weight(rng);
+    Vector2 const r = a.transition_to(b, t);
+    // Same arithmetic as the 3D form, so the two agree to the bit in the z = 0 plane.
+    Geom::Vector3 const r3 =
+        Geom::Vector3(a.x, a.y, 0.0).transition_to(Geom::Vector3(b.x, b.y, 0.0), t);
+    ASSERT_EQ(r.x, r3.x);
+    ASSERT_EQ(r.y, r3.y);
+    // On the line through a and b, at the signed fraction t of the way (outside [0, 1] too).
+    double const scale = 1e-12 * (1.0 + std::fabs(t)) * 1e3;
+    ASSERT_NEAR(r.x, a.x * (1.0 - t) + b.x * t, scale);
+    ASSERT_NEAR(r.y, a.y * (1.0 - t) + b.y * t, scale);
+    // The start point comes back unchanged; the end point to within rounding.
+    Vector2 const start = a.transition_to(b, 0.0);
+    ASSERT_EQ(start.x, a.x);
+    ASSERT_EQ(start.y, a.y);
+    Vector2 const end = a.transition_to(b, 1.0);
+    ASSERT_NEAR(end.x, b.x, 1e-12 * 1e3);
+    ASSERT_NEAR(end.y, b.y, 1e-12 * 1e3);
+  }
 }
 
 }  // namespace
