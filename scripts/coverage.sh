@@ -2,7 +2,8 @@
 # Builds the whole test suite with gcc's --coverage at -O0, runs it, and summarises line and
 # branch coverage per folder of ext-cpp/source/ and of the stand-ins in ext-cpp/platform/.
 # The valgrind leak check and the collector-stress runs repeat the same code paths many times
-# over, so they are left out (-LE "leak|gc").
+# over, so they are left out (-LE "leak|gc"). So is the package test: its consumer is a
+# project of its own, built without --coverage, and cannot link the instrumented libraries.
 #
 #   scripts/coverage.sh [--no-build]
 #
@@ -24,7 +25,8 @@ if [ "${1:-}" != "--no-build" ]; then
     { cat "$build/configure.log"; exit 1; }
   cmake --build "$build" -j"$(nproc)"
   find "$build" -name '*.gcda' -delete
-  ctest --test-dir "$build" --output-on-failure -j"$(nproc)" -LE "leak|gc" -E '^extension_load$'
+  ctest --test-dir "$build" --output-on-failure -j"$(nproc)" -LE "leak|gc" \
+    -E '^(extension_load|package_consumer)$'
   # gcov registers every instrumented object from a constructor of its own, so the load
   # test's count of start-up code is skipped here, as it is for the sanitized builds.
   echo "== extension_load (start-up code count skipped: instrumented build)"
