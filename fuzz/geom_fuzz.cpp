@@ -1,0 +1,313 @@
+// Arbitrary doubles (NaN, infinities, subnormals, the extremes) through the geometry types
+// and free queries. The sanitizers catch undefined behaviour (a double converted to an
+// integer out of range, a shift too far, an out-of-bounds write); the checks below hold the
+// code to what its headers promise for every input, not only for sensible ones.
+
+#include <cmath>
+#include <cstring>
+#include <stdexcept>
+
+#include "fuzz_input.h"
+#include "geom.h"
+
+using namespace Geom;
+
+namespace {
+
+constexpr double kPi = 3.141592653589793;
+
+bool same_bits(void const* a, void const* b, std::size_t n) { return std::memcmp(a, b, n) == 0; }
+
+bool equal(Vector3 const& a, Vector3 const& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
+
+Vector2 vec2(qmfuzz::Input& in) {
+  double const x = in.real();
+  return Vector2(x, in.real());
+}
+
+Vector3 vec3(qmfuzz::Input& in) {
+  double const x = in.real();
+  double const y = in.real();
+  return Vector3(x, y, in.real());
+}
+
+Vector4 vec4(qmfuzz::Input& in) {
+  Vector3 const v = vec3(in);
+  return Vector4(v.x, v.y, v.z, in.real());
+}
+
+Transformation matrix(qmfuzz::Input& in) {
+  double m[16];
+  for (double& e : m) e = in.real();
+  // Rows and columns of zeros are the one sure way to a singular 4x4 matrix.
+  std::uint8_t const zeros = in.byte();
+  if (zeros & 0x10) for (int r = 0; r < 4; ++r) m[4 * (zeros & 3) + r] = 0.0;
+  if (zeros & 0x20) for (int c = 0; c < 4; ++c) m[4 * c + ((zeros >> 2) & 3)] = 0.0;
+  return Transformation(m);
+}
+
+Quaternion quat(qmfuzz::Input& in) {
+  double const w = in.real();
+  double const x = in.real();
+  double const y = in.real();
+  return Quaternion(w, x, y, in.real());
+}
+
+// Within [low, high] or NaN: a NaN operand may give a NaN angle, never one out of range.
+bool in_range_or_nan(double a, double low, double high) {
+  return std::isnan(a) || (a >= low && a <= high);
+}
+
+// A zero row or column makes the determinant exactly zero, as long as no product in its
+// expansion can overflow (an infinity times that zero is NaN, not zero).
+bool singular_by_zeros(Transformation const& t) {
+  double const* m = t.data();
+  for (int i = 0; i < 16; ++i)
+    if (!(std::abs(m[i]) <= 1e60)) return false;
+  for (int c = 0; c < 4; ++c) {
+    bool zero = true;
+    for (int r = 0; r < 4; ++r) zero = zero && m[4 * c + r] == 0.0;
+    if (zero) return true;
+  }
+  for (int r = 0; r < 4; ++r) {
+    bool zero = true;
+    for (int c = 0; c < 4; ++c) zero = zero && m[4 * c + r] == 0.0;
+    if (zero) return true;
+  }
+  return false;
+}
+
+void vectors(qmfuzz::Input& in) {
+  Vector3 const a = vec3(in);
+  Vector3 const b = vec3(in);
+  double const s = in.real();
+
+  // A short vector is neither normalised nor re-lengthened: it comes back bit for bit.
+  Vector3 const n = a.normalize();
+  Vector3 sized = a;
+  sized.set_length(s);
+  if (a.length_squared() <= SQUARED_LENGTH_EPSILON) {
+    QM_FUZZ_CHECK(same_bits(&n, &a, sizeof a));
+    QM_FUZZ_CHECK(same_bits(&sized, &a, sizeof a));
+  } else if (std::isfinite(a.length_squared())) {
+    QM_FUZZ_CHECK(std::abs(n.length() - 1.0) < 1e-9);
+  }
+
+  QM_FUZZ_CHECK(in_range_or_nan(a.angle_between(b), 0.0, kPi));
+  QM_FUZZ_CHECK(in_range_or_nan(a.angle_between(b, vec3(in)), -kPi, kPi));
+  if (equal(a, Vector3::ORIGIN) && equal(b, Vector3::ORIGIN)) QM_FUZZ_CHECK(a.parallel_to(b));
+  if (equal(a, Vector3::ORIGIN) && (b.x != 0.0 || b.y != 0.0 || b.z != 0.0) &&
+      b.length_squared() > 1.0 && std::isfinite(b.length_squared()))
+    QM_FUZZ_CHECK(!a.parallel_to(b));
+
+  Vector3 r = a.rotate(b, s) + a.rotate_to(b, s) + a.rotate_and_scale_to(b, s);
+  r += a.cross(b) - a.transition_to(b, s) + a.product(b) / s;
+  r /= b;
+  r *= a.dot(b);
+  (void)r;
+
+  Vector2 const p = vec2(in);
+  Vector2 const q = vec2(in);
+  Vector2 const pn = p.normalize();
+  Vector2 psized = p;
+  psized.set_length(s);
+  if (p.length_squared() <= SQUARED_LENGTH_EPSILON) {
+    QM_FUZZ_CHECK(same_bits(&pn, &p, sizeof p));
+    QM_FUZZ_CHECK(same_bits(&psized, &p, sizeof p));
+  }
+  QM_FUZZ_CHECK(in_range_or_nan(p.angle_between(q), 0.0, kPi));
+  if (p.x == 0.0 && p.y == 0.0 && q.x == 0.0 && q.y == 0.0) QM_FUZZ_CHECK(p.parallel_to(q));
+  Vector2 w = p.rotate(s) + p.transition_to(q, s) - p.product(q) / s;
+  w /= q;
+  w *= p.perp(q) + p.dot(q) + p.length();
+  (void)w.reverse();
+
+  Vector4 v4 = vec4(in);
+  v4 = (v4 + vec4(in)) * s - v4 / s;
+  v4 /= vec4(in);
+  (void)v4;
+}
+
+void transformations(qmfuzz::Input& in) {
+  Transformation const a = matrix(in);
+  Transformation const b = matrix(in);
+  Vector3 const v = vec3(in);
+  double const t = in.real();
+
+  Transformation const inv = a.inverse();
+  if (singular_by_zeros(a)) {
+    for (int i = 0; i < 16; ++i) QM_FUZZ_CHECK(inv.data()[i] == 0.0);
+  }
+
+  Vector3 sum = a.transform_vector(v) + a.transform_vector2(v) + a.rotate_vector(v) +
+                a.normal_origin() + a.scale() + (a * b).transform_vector(v, t);
+  (void)sum;
+  (void)(a * vec4(in));
+
+  Transformation c = a;
+  c.scale(vec3(in));
+  c = a.normalize();
+  c.scale_axes_self(v);
+  c = a.scale_axes(v);
+  c.extract_w_factor();
+
+  // The interpolations promise a right-handed frame with unit weight whatever comes in.
+  Transformation const mid = a.uniform_transition_to(b, t);
+  QM_FUZZ_CHECK(mid.origin.w == 1.0);
+  QM_FUZZ_CHECK(mid.x_axis.w == 0.0 && mid.y_axis.w == 0.0 && mid.z_axis.w == 0.0);
+  (void)a.uniform_normal_transition_to(b, t);
+
+  (void)a.rotate_xaxis_to(v);
+  (void)a.rotate_yaxis_to(v);
+  (void)a.rotate_zaxis_to(v);
+  (void)Transformation::rotate(v, t);
+  (void)Transformation::rotatex(t);
+  (void)Transformation::rotatey(t);
+  (void)Transformation::rotatez(t);
+  (void)Transformation(v, vec3(in));
+  (void)Transformation(v, vec3(in), t);
+
+  Quaternion const q = quat(in);
+  Quaternion const qn = q.normalize();
+  double const q_squared = ((q.w * q.w + q.x * q.x) + q.y * q.y) + q.z * q.z;
+  if (q_squared <= SQUARED_LENGTH_EPSILON) {
+    QM_FUZZ_CHECK(qn.w == 0.0 && qn.x == 0.0 && qn.y == 0.0 && qn.z == 0.0);
+  }
+  Quaternion const from_matrix(a);
+  Quaternion const from_axis(v, t);
+  Quaternion const product = (q * from_matrix + from_axis - q.inverse()).scale(t);
+  (void)product.length();
+  (void)Transformation(product, v);
+}
+
+void boxes(qmfuzz::Input& in) {
+  BoundingBox3 box;
+  std::uint8_t const points = in.byte() % 6;
+  for (std::uint8_t i = 0; i < points; ++i) {
+    Vector3 const p = vec3(in);
+    box.add(p);
+    // The box now reaches p on every axis where p has a number.
+    QM_FUZZ_CHECK(std::isnan(p.x) || (box.min.x <= p.x && p.x <= box.max.x));
+    QM_FUZZ_CHECK(std::isnan(p.y) || (box.min.y <= p.y && p.y <= box.max.y));
+    QM_FUZZ_CHECK(std::isnan(p.z) || (box.min.z <= p.z && p.z <= box.max.z));
+  }
+  BoundingBox3 other(vec3(in), vec3(in));
+  box.add(other);
+  box.add(vec3(in), vec3(in));
+  double const s = in.real();
+  BoundingBox3 scaled = box.scale(s);
+  scaled.pad_self(in.real());
+  BoundingBox3 overlap;
+  box.intersect(other, overlap);
+  (void)(box.contains(vec3(in)) + box.intersects(other) + box.within(other));
+  Vector3 const origin = vec3(in);
+  Vector3 const direction = vec3(in);
+  bool const hit = box.intersects_ray(origin, direction);
+  bool const cone_hit = box.intersects_ray(origin, direction, in.real());
+  if (box.min.x > box.max.x || box.min.y > box.max.y || box.min.z > box.max.z)
+    QM_FUZZ_CHECK(!cone_hit);
+  (void)hit;
+  unsigned long const index = in.byte() % 10;
+  try {
+    (void)box.corner(index);
+    QM_FUZZ_CHECK(index <= 7);
+  } catch (std::out_of_range const&) {
+    QM_FUZZ_CHECK(index > 7);
+  }
+
+  AlignedBoundingBox2 flat(in.real());
+  std::uint8_t const corners = in.byte() % 5;
+  for (std::uint8_t i = 0; i < corners; ++i) flat.add(vec2(in));
+  AlignedBoundingBox2 turned(in.real());
+  turned.add(vec2(in));
+  flat.add(turned);
+  flat.local_add(vec2(in));
+  flat = flat.scale(in.real()).pad_self(in.real()).translate(vec2(in)).local_shift(vec2(in));
+  (void)(flat.contains(vec2(in)) + flat.contains(turned) + flat.intersects(turned));
+  (void)flat.center();
+  unsigned long const flat_index = in.byte() % 6;
+  try {
+    (void)flat.corner(flat_index);
+    QM_FUZZ_CHECK(flat_index <= 3);
+  } catch (std::out_of_range const&) {
+    QM_FUZZ_CHECK(flat_index > 3);
+  }
+  flat.clear();
+}
+
+void queries(qmfuzz::Input& in) {
+  Vector3 const sentinel(12345.0, -678.0, 9.0);
+
+  Vector2 crossing(sentinel.x, sentinel.y);
+  Vector2 const a2 = vec2(in);
+  Vector2 const b2 = vec2(in);
+  Vector2 const c2 = vec2(in);
+  if (!intersect_segment_segment(a2, b2, c2, vec2(in), crossing))
+    QM_FUZZ_CHECK(crossing.x == sentinel.x && crossing.y == sentinel.y);
+
+  // Only the paths that say so write their out parameter.
+  Vector3 out = sentinel;
+  Vector3 const p0 = vec3(in);
+  Vector3 const p1 = vec3(in);
+  Vector3 const plane_point = vec3(in);
+  Vector3 const plane_normal = vec3(in);
+  int const code = intersect_segment_plane(p0, p1, plane_point, plane_normal, out);
+  QM_FUZZ_CHECK(code == SEGMENT_PLANE_NONE || code == SEGMENT_PLANE_POINT ||
+                code == SEGMENT_PLANE_IN_PLANE);
+  if (code != SEGMENT_PLANE_POINT) QM_FUZZ_CHECK(same_bits(&out, &sentinel, sizeof out));
+
+  out = sentinel;
+  if (!intersect_ray_plane(p0, p1, plane_point, plane_normal, out))
+    QM_FUZZ_CHECK(same_bits(&out, &sentinel, sizeof out));
+
+  Vector3 const a = vec3(in);
+  Vector3 const b = vec3(in);
+  Vector3 const c = vec3(in);
+  Vector4 uvwh;
+  triplet_convert_point_to_uvwh(p0, a, b, c, uvwh);
+  (void)point_inside_triplet(p0, a, b, c);
+  // A triangle with two equal corners is degenerate for certain.
+  if (equal(a, b)) QM_FUZZ_CHECK(!point_inside_triplet(p1, a, b, c));
+
+  Vector3 on_p;
+  Vector3 on_q;
+  cpa_line_line(p0, a, p1, b, on_p, on_q);
+
+  double const cot = cotan(a, b);
+  bool const finite = std::isfinite(a.length_squared()) && std::isfinite(b.length_squared());
+  if (finite && (equal(a, Vector3::ORIGIN) || equal(b, Vector3::ORIGIN))) QM_FUZZ_CHECK(cot == 0.0);
+
+  (void)inv_sqrt(in.real());
+  double const single = in.real();
+  (void)inv_sqrt(static_cast<float>(std::isfinite(single) && std::abs(single) < 1e38 ? single : 1.0));
+
+  // The exact counts: AddressSanitizer sees a point written past the end.
+  Vector3 circle[17];
+  unsigned long const count = in.byte() % 17;
+  points_on_circle(count, in.real(), in.real(), circle);
+  unsigned long const arc_count = in.byte() % 16;
+  points_on_arc(arc_count, in.real(), in.real(), in.real(), circle);
+
+  Color const from(in.byte(), in.byte(), in.byte(), in.byte());
+  Color const to(in.byte(), in.byte(), in.byte(), in.byte());
+  double const t = in.real();
+  (void)from.transition_to(to, t);
+  // No step at t = 0 (and none for a NaN t): the colour stays as it is.
+  Color const still = from.transition_to(to, std::isnan(t) ? t : 0.0);
+  QM_FUZZ_CHECK(still.r == from.r && still.g == from.g && still.b == from.b && still.a == from.a);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+  qmfuzz::Input in(data, size);
+  while (!in.empty()) {
+    switch (in.byte() % 4) {
+      case 0: vectors(in); break;
+      case 1: transformations(in); break;
+      case 2: boxes(in); break;
+      default: queries(in); break;
+    }
+  }
+  return 0;
+}

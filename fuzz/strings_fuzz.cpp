@@ -1,0 +1,269 @@
+// The String conversions of the Ruby bridge inside an embedded interpreter: arbitrary byte
+// strings, code-point arrays and encodings. Each answer is compared with what the
+// interpreter itself says about the same text (String#codepoints, valid_encoding?).
+//
+// Leaks: LeakSanitizer is switched off here, because the interpreter keeps its heap alive
+// to the end and reports it all. The one allocation our conversions make themselves is the
+// wide array of value_to_wc_str (new[]), so this binary replaces the array forms of new
+// and delete with counting ones, and every input checks that the count of live arrays is
+// back where it started: after the caller's delete[] on success, and with nothing to
+// delete when the conversion raised.
+
+#include <ruby.h>
+#include <ruby/encoding.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "fuzz_input.h"
+#include "ruby_handles.h"
+#include "ruby_strings.h"
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#include <pthread.h>
+#include <sanitizer/asan_interface.h>
+#define QM_FUZZ_ASAN 1
+#endif
+#endif
+
+namespace {
+long live_arrays = 0;
+}
+
+void* operator new[](std::size_t size) {
+  void* p = std::malloc(size == 0 ? 1 : size);
+  if (p == nullptr) throw std::bad_alloc();
+  ++live_arrays;
+  return p;
+}
+void* operator new[](std::size_t size, std::nothrow_t const&) noexcept {
+  void* p = std::malloc(size == 0 ? 1 : size);
+  if (p != nullptr) ++live_arrays;
+  return p;
+}
+void operator delete[](void* p) noexcept {
+  if (p == nullptr) return;
+  --live_arrays;
+  std::free(p);
+}
+void operator delete[](void* p, std::size_t) noexcept { operator delete[](p); }
+void operator delete[](void* p, std::nothrow_t const&) noexcept { operator delete[](p); }
+
+extern "C" char const* __asan_default_options() { return "detect_leaks=0"; }
+
+namespace {
+
+// A raise is a longjmp that AddressSanitizer does not see: the redzones of the frames it
+// skipped stay poisoned and trip up the frames built there later. Everything below the
+// frame that caught the raise is dead, so it is cleared.
+void unpoison_below_here() {
+#if defined(QM_FUZZ_ASAN)
+  pthread_attr_t attributes;
+  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return;
+  void* lowest = nullptr;
+  std::size_t size = 0;
+  pthread_attr_getstack(&attributes, &lowest, &size);
+  pthread_attr_destroy(&attributes);
+  char here;
+  char* const low = static_cast<char*>(lowest);
+  if (low != nullptr && low < &here) __asan_unpoison_memory_region(low, &here - low);
+#endif
+}
+
+// Runs call(argument) under rb_protect; answers the class of what it raised, or Qnil.
+template <typename Call>
+VALUE protect(Call const& call, VALUE& result) {
+  struct Frame {
+    Call const* call;
+    VALUE* result;
+  } frame{&call, &result};
+  int state = 0;
+  rb_protect(
+      [](VALUE raw) -> VALUE {
+        auto* f = reinterpret_cast<Frame*>(raw);
+        *f->result = (*f->call)();
+        return Qnil;
+      },
+      reinterpret_cast<VALUE>(&frame), &state);
+  if (state == 0) return Qnil;
+  unpoison_below_here();
+  VALUE const error = rb_errinfo();
+  rb_set_errinfo(Qnil);
+  QM_FUZZ_CHECK(!NIL_P(error));
+  return rb_obj_class(error);
+}
+
+bool is_utf8(VALUE string) { return rb_enc_get_index(string) == rb_utf8_encindex(); }
+
+std::vector<long> codepoints(VALUE string) {
+  VALUE const list = rb_funcall(string, rb_intern("codepoints"), 0);
+  std::vector<long> out(static_cast<std::size_t>(RARRAY_LEN(list)));
+  for (std::size_t i = 0; i < out.size(); ++i)
+    out[i] = NUM2LONG(rb_ary_entry(list, static_cast<long>(i)));
+  return out;
+}
+
+bool valid(VALUE string) { return RTEST(rb_funcall(string, rb_intern("valid_encoding?"), 0)); }
+
+// value_to_wc_str against the interpreter's own reading of the same String.
+void check_wide(VALUE string) {
+  long const before = live_arrays;
+  VALUE ignored = Qnil;
+  wchar_t* wide = nullptr;
+  VALUE const raised = protect(
+      [&] {
+        wide = RU::value_to_wc_str(string);
+        return Qnil;
+      },
+      ignored);
+  if (valid(string)) {
+    QM_FUZZ_CHECK(NIL_P(raised) && wide != nullptr);
+    QM_FUZZ_CHECK(live_arrays == before + 1);
+    std::vector<long> const expected = codepoints(string);
+    for (std::size_t i = 0; i < expected.size(); ++i)
+      QM_FUZZ_CHECK(static_cast<long>(static_cast<std::uint32_t>(wide[i])) == expected[i]);
+    QM_FUZZ_CHECK(wide[expected.size()] == 0);
+    delete[] wide;
+  } else {
+    QM_FUZZ_CHECK(raised == rb_eArgError);
+  }
+  QM_FUZZ_CHECK(live_arrays == before);
+  RB_GC_GUARD(string);
+}
+
+void bytes_to_string(qmfuzz::Input& in) {
+  std::string bytes;
+  std::size_t const length = in.byte();
+  for (std::size_t i = 0; i < length && !in.empty(); ++i) bytes.push_back(static_cast<char>(in.byte()));
+
+  VALUE string = Qnil;
+  QM_FUZZ_CHECK(NIL_P(protect([&] { return RU::to_value(bytes.data(), static_cast<unsigned>(bytes.size())); }, string)));
+  QM_FUZZ_CHECK(RB_TYPE_P(string, T_STRING) && is_utf8(string));
+  QM_FUZZ_CHECK(static_cast<std::size_t>(RSTRING_LEN(string)) == bytes.size());
+  QM_FUZZ_CHECK(std::memcmp(RSTRING_PTR(string), bytes.data(), bytes.size()) == 0);
+  check_wide(string);
+
+  // The NUL-terminated form stops at the first NUL.
+  VALUE prefix = Qnil;
+  QM_FUZZ_CHECK(NIL_P(protect([&] { return RU::to_value(bytes.c_str()); }, prefix)));
+  QM_FUZZ_CHECK(static_cast<std::size_t>(RSTRING_LEN(prefix)) == std::strlen(bytes.c_str()));
+  QM_FUZZ_CHECK(is_utf8(prefix));
+
+  // The same bytes read in another encoding: nothing is transcoded.
+  static char const* const encodings[] = {"ASCII-8BIT", "US-ASCII", "ISO-8859-1", "UTF-16LE",
+                                          "UTF-32BE", "Shift_JIS", "EUC-JP", "GB18030",
+                                          "Windows-1252", "UTF-8"};
+  char const* name = encodings[in.byte() % (sizeof encodings / sizeof encodings[0])];
+  VALUE other = rb_str_new(bytes.data(), static_cast<long>(bytes.size()));
+  rb_enc_associate(other, rb_enc_find(name));
+  check_wide(other);
+  RB_GC_GUARD(string);
+  RB_GC_GUARD(prefix);
+  RB_GC_GUARD(other);
+}
+
+void units_to_string(qmfuzz::Input& in) {
+  std::vector<wchar_t> units;
+  std::size_t const length = in.byte() % 64;
+  for (std::size_t i = 0; i < length && !in.empty(); ++i) {
+    std::uint8_t const kind = in.byte();
+    std::uint32_t unit;
+    // Mostly scalar values of every UTF-8 length, with surrogates, the edges and any
+    // 32-bit unit mixed in.
+    switch (kind & 7) {
+      case 0: unit = in.byte() & 0x7f; break;
+      case 1: unit = 0x80 + in.u32() % 0x780; break;
+      case 2: unit = 0x800 + in.u32() % 0xF800; break;
+      case 3: unit = 0x10000 + in.u32() % 0x100000; break;
+      case 4: unit = 0xD800 + in.u32() % 0x800; break;
+      case 5: unit = (kind & 8) ? 0x10FFFF : 0x110000; break;
+      case 6: unit = 0; break;
+      default: unit = in.u32(); break;
+    }
+    units.push_back(static_cast<wchar_t>(unit));
+  }
+  bool scalar = true;
+  for (wchar_t w : units) {
+    auto const u = static_cast<std::uint32_t>(w);
+    scalar = scalar && u <= 0x10FFFF && !(u >= 0xD800 && u <= 0xDFFF);
+  }
+
+  VALUE string = Qnil;
+  VALUE const raised = protect(
+      [&] { return RU::to_value(units.data(), static_cast<unsigned>(units.size())); }, string);
+  if (!scalar) {
+    QM_FUZZ_CHECK(raised == rb_eRangeError);
+    return;
+  }
+  QM_FUZZ_CHECK(NIL_P(raised));
+  QM_FUZZ_CHECK(RB_TYPE_P(string, T_STRING) && is_utf8(string) && valid(string));
+  std::vector<long> const back = codepoints(string);
+  QM_FUZZ_CHECK(back.size() == units.size());
+  for (std::size_t i = 0; i < back.size(); ++i)
+    QM_FUZZ_CHECK(back[i] == static_cast<long>(static_cast<std::uint32_t>(units[i])));
+  check_wide(string);
+
+  // The zero-terminated form stops at the first zero unit.
+  units.push_back(0);
+  std::size_t const up_to_zero = std::wcslen(units.data());
+  VALUE prefix = Qnil;
+  QM_FUZZ_CHECK(NIL_P(protect([&] { return RU::to_value(units.data()); }, prefix)));
+  QM_FUZZ_CHECK(static_cast<std::size_t>(rb_str_strlen(prefix)) == up_to_zero);
+  RB_GC_GUARD(string);
+  RB_GC_GUARD(prefix);
+}
+
+void not_a_string(qmfuzz::Input& in) {
+  long const before = live_arrays;
+  VALUE value = (in.byte() & 1) ? LONG2NUM(static_cast<long>(in.u32())) : rb_ary_new();
+  VALUE ignored = Qnil;
+  VALUE const raised = protect([&] { return reinterpret_cast<VALUE>(RU::value_to_wc_str(value)); }, ignored);
+  QM_FUZZ_CHECK(raised == rb_eTypeError);
+  QM_FUZZ_CHECK(live_arrays == before);
+  RB_GC_GUARD(value);
+}
+
+[[noreturn]] void die(char const* what) {
+  std::fprintf(stderr, "strings_fuzz: %s\n", what);
+  std::exit(2);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
+  ruby_sysinit(argc, argv);
+  RUBY_INIT_STACK;
+  ruby_init();
+  char program[] = "quillmark-fuzz";
+  char no_gems[] = "--disable-gems";
+  char execute[] = "-e";
+  char script[] = "";
+  char* options[] = {program, no_gems, execute, script};
+  ruby_options(4, options);
+  int state = 0;
+  rb_eval_string_protect(
+      "$LOAD_PATH.unshift('" QUILLMARK_HOST_RUBY_DIR "'); require 'sketchup'", &state);
+  if (state != 0) die("loading the host stand-in failed");
+  rb_protect([](VALUE) -> VALUE { RU::init_ruby(); return Qnil; }, Qnil, &state);
+  if (state != 0) die("filling the handle cache failed");
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+  qmfuzz::Input in(data, size);
+  while (!in.empty()) {
+    switch (in.byte() % 5) {
+      case 0:
+      case 1: bytes_to_string(in); break;
+      case 2:
+      case 3: units_to_string(in); break;
+      default: not_a_string(in); break;
+    }
+  }
+  return 0;
+}
