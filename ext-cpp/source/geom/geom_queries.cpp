@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "geom_tolerances.h"
 
@@ -28,13 +29,15 @@ namespace {
 
 // One estimate-and-refine for both precisions: the bit pattern shifted right arithmetically
 // (a signed shift, as the magic constants assume) is subtracted from the magic constant,
-// then one Newton step runs entirely in Real.
+// then one Newton step runs entirely in Real. The subtraction wraps in unsigned arithmetic:
+// for a negative x (sign bit set) it would overflow the signed type, which is undefined.
 template <typename Real, typename Bits>
 Real refined_inv_sqrt(Real x, Bits magic) noexcept {
   static_assert(sizeof(Real) == sizeof(Bits), "the bit pattern must cover the value exactly");
+  using Unsigned = std::make_unsigned_t<Bits>;
   Bits i;
   std::memcpy(&i, &x, sizeof i);
-  Bits const bits = magic - (i >> 1);
+  Unsigned const bits = static_cast<Unsigned>(magic) - static_cast<Unsigned>(i >> 1);
   Real y0;
   std::memcpy(&y0, &bits, sizeof y0);
   return (((x * Real(-0.5)) * y0) * y0 + Real(1.5)) * y0;
