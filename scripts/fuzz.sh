@@ -1,22 +1,26 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets under fuzz/ with clang (AddressSanitizer + UBSan) and runs
 # each for a fixed number of executions over a seed corpus generated into the build folder.
-# A finding (crash, sanitizer report, broken invariant) stops the run with a non-zero exit
+# A finding (crash, sanitizer report, broken invariant) makes the run exit non-zero
 # and leaves the input as build/fuzz/findings/<target>/crash-*.
 #
-#   scripts/fuzz.sh [--runs N] [--jobs J] [target...]   (default: 100000 runs, every target)
+#   scripts/fuzz.sh [--runs N] [--time S] [target...]   (default: 100000 runs, every target)
+#   --time S also stops each target after S seconds, whichever limit comes first.
 #   targets: geom_fuzz containers_fuzz strings_fuzz
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 "$root/scripts/setup.sh" fuzz
 
 runs=100000
+seconds=0
 targets=()
 while [ $# -gt 0 ]; do
   case "$1" in
     --runs) runs="$2"; shift 2 ;;
     --runs=*) runs="${1#--runs=}"; shift ;;
-    -h|--help) sed -n '2,8p' "$0"; exit 0 ;;
+    --time) seconds="$2"; shift 2 ;;
+    --time=*) seconds="${1#--time=}"; shift ;;
+    -h|--help) sed -n '2,9p' "$0"; exit 0 ;;
     -*) echo "fuzz.sh: unknown option '$1'" >&2; exit 2 ;;
     *) targets+=("$1"); shift ;;
   esac
@@ -57,7 +61,7 @@ for target in "${targets[@]}"; do
   mkdir -p "$findings"
   log="$build/$target.log"
   echo "== fuzz: $target, $runs runs (log: ${log#$root/})"
-  if (cd "$findings" && "$build/$target" -runs="$runs" -max_len=4096 -print_final_stats=1 \
+  if (cd "$findings" && "$build/$target" -runs="$runs" -max_total_time="$seconds" -max_len=4096 -print_final_stats=1 \
         "$corpus" >"$log" 2>&1); then
     grep -E '^Done|stat::number_of_executed_units' "$log" | head -2
   else

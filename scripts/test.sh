@@ -1,16 +1,17 @@
 #!/usr/bin/env bash
 # Sets up a fresh machine, then builds everything from scratch and runs every test, three
-# times: a normal build, AddressSanitizer + UndefinedBehaviorSanitizer, ThreadSanitizer.
+# times: a normal build, AddressSanitizer + UndefinedBehaviorSanitizer, ThreadSanitizer;
+# then a short burst of each fuzz target (clang, see scripts/fuzz.sh).
 # Any failure stops the run with a non-zero exit.
 #
-#   scripts/test.sh [normal|asan|tsan]...   (default: all three, in that order)
+#   scripts/test.sh [normal|asan|tsan|fuzz]...   (default: all four, in that order)
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 "$root/scripts/setup.sh"
 
 jobs="$(nproc)"
 passes=("$@")
-[ ${#passes[@]} -gt 0 ] || passes=(normal asan tsan)
+[ ${#passes[@]} -gt 0 ] || passes=(normal asan tsan fuzz)
 
 run_pass() {
   local name="$1" sanitize="$2" labels="$3" targets="${4:-}"
@@ -33,6 +34,8 @@ for pass in "${passes[@]}"; do
     # The threaded code and the plain C++ around it; the interpreter itself is not built
     # for ThreadSanitizer, so the Ruby-facing tests run in the other two passes.
     tsan) run_pass tsan "thread" "tsan" "utils_tests geom_tests extension_tests" ;;
+    # Seconds per target: a smoke test of the targets and of the newest code, not a search.
+    fuzz) rm -rf "$root/build/fuzz"; "$root/scripts/fuzz.sh" --runs 20000 --time 10 ;;
     *) echo "test.sh: unknown pass '$pass'" >&2; exit 2 ;;
   esac
 done
