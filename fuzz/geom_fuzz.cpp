@@ -77,21 +77,27 @@ bool singular_by_zeros(Transformation const& t) {
   return false;
 }
 
+// A short vector is neither normalised nor re-lengthened: it comes back bit for bit.
+// Any other vector whose squared length is a number normalises to unit length.
+template <typename Vector>
+void check_lengths(Vector const& v, double len) {
+  Vector const unit = v.normalize();
+  Vector sized = v;
+  sized.set_length(len);
+  if (v.length_squared() <= SQUARED_LENGTH_EPSILON) {
+    QM_FUZZ_CHECK(same_bits(&unit, &v, sizeof v));
+    QM_FUZZ_CHECK(same_bits(&sized, &v, sizeof v));
+  } else if (std::isfinite(v.length_squared())) {
+    QM_FUZZ_CHECK(std::abs(unit.length() - 1.0) < 1e-9);
+  }
+}
+
 void vectors(qmfuzz::Input& in) {
   Vector3 const a = vec3(in);
   Vector3 const b = vec3(in);
   double const s = in.real();
 
-  // A short vector is neither normalised nor re-lengthened: it comes back bit for bit.
-  Vector3 const n = a.normalize();
-  Vector3 sized = a;
-  sized.set_length(s);
-  if (a.length_squared() <= SQUARED_LENGTH_EPSILON) {
-    QM_FUZZ_CHECK(same_bits(&n, &a, sizeof a));
-    QM_FUZZ_CHECK(same_bits(&sized, &a, sizeof a));
-  } else if (std::isfinite(a.length_squared())) {
-    QM_FUZZ_CHECK(std::abs(n.length() - 1.0) < 1e-9);
-  }
+  check_lengths(a, s);
 
   QM_FUZZ_CHECK(in_range_or_nan(a.angle_between(b), 0.0, kPi));
   QM_FUZZ_CHECK(in_range_or_nan(a.angle_between(b, vec3(in)), -kPi, kPi));
@@ -108,13 +114,7 @@ void vectors(qmfuzz::Input& in) {
 
   Vector2 const p = vec2(in);
   Vector2 const q = vec2(in);
-  Vector2 const pn = p.normalize();
-  Vector2 psized = p;
-  psized.set_length(s);
-  if (p.length_squared() <= SQUARED_LENGTH_EPSILON) {
-    QM_FUZZ_CHECK(same_bits(&pn, &p, sizeof p));
-    QM_FUZZ_CHECK(same_bits(&psized, &p, sizeof p));
-  }
+  check_lengths(p, s);
   QM_FUZZ_CHECK(in_range_or_nan(p.angle_between(q), 0.0, kPi));
   if (p.x == 0.0 && p.y == 0.0 && q.x == 0.0 && q.y == 0.0) QM_FUZZ_CHECK(p.parallel_to(q));
   Vector2 w = p.rotate(s) + p.transition_to(q, s) - p.product(q) / s;
