@@ -73,6 +73,18 @@ TEST(Vector2, AngleBetween) {
   EXPECT_NEAR(Vector2(0.6, 0.8).angle_between(Vector2(0.6 * 7, 0.8 * 7)), 0.0, 2e-8);
 }
 
+TEST(Vector2, AngleOfAVectorWithItselfAndItsReverseIsNeverNaN) {
+  // The unit vectors' dot product often rounds to 1 + 2^-52 (or below -1): the clamp must
+  // turn that into 0 and pi, never NaN. A few units below 1 are still an angle of a few 1e-8.
+  std::mt19937_64 rng(7);
+  std::uniform_real_distribution<double> coord(-10.0, 10.0);
+  for (int i = 0; i < 2000; ++i) {
+    Vector2 const v(coord(rng), coord(rng));
+    ASSERT_NEAR(v.angle_between(v), 0.0, 1e-7) << v.x << " " << v.y;
+    ASSERT_NEAR(v.angle_between(Vector2(-v.x, -v.y)), kPi, 1e-7) << v.x << " " << v.y;
+  }
+}
+
 TEST(Vector2, ParallelTo) {
   EXPECT_TRUE(Vector2(1.0, 1.0).parallel_to(Vector2(-2.0, -2.0)));
   EXPECT_TRUE(Vector2(1.0, 1.0).parallel_to(Vector2(3.0, 3.0)));
