@@ -9,9 +9,8 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
-#include "ruby_handles.h"
+#include "ruby_boot.h"
 
 namespace qmbench {
 
@@ -36,20 +35,12 @@ inline int run_in_ruby(int argc, char** argv, const char* program_name) {
   ruby_sysinit(&argc, &argv);
   RUBY_INIT_STACK;
   ruby_init();
-  // Option processing sets the load path and loads the core methods written in Ruby; the
-  // empty script is never run.
-  char program[64] = {};
-  std::strncpy(program, program_name, sizeof program - 1);
-  char no_gems[] = "--disable-gems";
-  char execute[] = "-e";
-  char script[] = "";
-  char* options[] = {program, no_gems, execute, script};
-  ruby_options(4, options);
-
-  eval_or_die("$LOAD_PATH.unshift('" QUILLMARK_HOST_RUBY_DIR "'); require 'sketchup'");
-  int state = 0;
-  rb_protect([](VALUE) -> VALUE { RU::init_ruby(); return Qnil; }, Qnil, &state);
-  if (state != 0) {
+  qmboot::process_options(program_name);
+  if (qmboot::load_host(QUILLMARK_HOST_RUBY_DIR) != 0) {
+    std::fprintf(stderr, "%s: loading the host stand-in failed\n", program_name);
+    return 2;
+  }
+  if (qmboot::fill_cache() != 0) {
     std::fprintf(stderr, "%s: filling the handle cache failed\n", program_name);
     return 2;
   }

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "fuzz_input.h"
+#include "ruby_boot.h"
 #include "ruby_handles.h"
 #include "ruby_strings.h"
 
@@ -255,23 +256,14 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
   ruby_sysinit(argc, argv);
   RUBY_INIT_STACK;
   ruby_init();
-  char program[] = "quillmark-fuzz";
-  char no_gems[] = "--disable-gems";
-  char execute[] = "-e";
-  char script[] = "";
-  char* options[] = {program, no_gems, execute, script};
-  ruby_options(4, options);
+  qmboot::process_options("quillmark-fuzz");
   // The interpreter traps SIGALRM and would raise it as SignalException inside whatever
   // call is running; libFuzzer keeps an existing handler rather than install its own, and
   // its timeout timer fires SIGALRM every half timeout. Back to the default, libFuzzer
   // takes the signal for its timeout again.
   std::signal(SIGALRM, SIG_DFL);
-  int state = 0;
-  rb_eval_string_protect(
-      "$LOAD_PATH.unshift('" QUILLMARK_HOST_RUBY_DIR "'); require 'sketchup'", &state);
-  if (state != 0) die("loading the host stand-in failed");
-  rb_protect([](VALUE) -> VALUE { RU::init_ruby(); return Qnil; }, Qnil, &state);
-  if (state != 0) die("filling the handle cache failed");
+  if (qmboot::load_host(QUILLMARK_HOST_RUBY_DIR) != 0) die("loading the host stand-in failed");
+  if (qmboot::fill_cache() != 0) die("filling the handle cache failed");
   return 0;
 }
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "ruby_handles.h"
+#include "ruby_boot.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <pthread.h>
@@ -100,27 +100,16 @@ int main(int argc, char** argv) {
   ruby_sysinit(&argc, &argv);
   RUBY_INIT_STACK;
   ruby_init();
-  // Option processing also loads the core methods written in Ruby (GC.compact, GC.stress=
-  // and others) and sets the load path; the empty script it compiles is never run.
-  // Without gems: their NameError#message decorations walk Ruby frames that an exception
-  // raised from C under rb_protect does not have.
-  char program[] = "quillmark-tests";
-  char no_gems[] = "--disable-gems";
-  char execute[] = "-e";
-  char script[] = "";
-  char* options[] = {program, no_gems, execute, script};
-  ruby_options(4, options);
+  qmboot::process_options("quillmark-tests");
 
   const char* host = std::getenv("QM_HOST");
   bool const bare = host != nullptr && std::strcmp(host, "none") == 0;
   if (!bare) {
-    int state = 0;
-    rb_eval_string_protect(
-        "$LOAD_PATH.unshift('" QUILLMARK_HOST_RUBY_DIR "'); require 'sketchup'", &state);
+    int state = qmboot::load_host(QUILLMARK_HOST_RUBY_DIR);
     if (state != 0) return die("loading the host stand-in failed", state);
 
     qmtest::marker_before_init = rb_intern("quillmark_tests_marker_before_init");
-    rb_protect([](VALUE) -> VALUE { RU::init_ruby(); return Qnil; }, Qnil, &state);
+    state = qmboot::fill_cache();
     if (state != 0) return die("filling the handle cache failed", state);
     qmtest::host_loaded = true;
   }
