@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <new>
 #include <string>
 #include <vector>
@@ -257,11 +258,13 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
   RUBY_INIT_STACK;
   ruby_init();
   qmboot::process_options("quillmark-fuzz");
-  // The interpreter traps SIGALRM and would raise it as SignalException inside whatever
-  // call is running; libFuzzer keeps an existing handler rather than install its own, and
-  // its timeout timer fires SIGALRM every half timeout. Back to the default, libFuzzer
-  // takes the signal for its timeout again.
-  std::signal(SIGALRM, SIG_DFL);
+  // The interpreter traps these signals and would raise them as SignalException inside
+  // whatever call is running (an interrupt or termination then ended in a crash inside the
+  // interpreter instead of a clean stop). libFuzzer keeps an existing handler rather than
+  // install its own: SIGALRM is its timeout timer, SIGINT and SIGTERM its interrupt that
+  // prints the final statistics, SIGUSR1 and SIGUSR2 its graceful stop. Back to the
+  // default, libFuzzer takes them all again.
+  for (int const signal : {SIGALRM, SIGINT, SIGTERM, SIGUSR1, SIGUSR2}) std::signal(signal, SIG_DFL);
   if (qmboot::load_host(QUILLMARK_HOST_RUBY_DIR) != 0) die("loading the host stand-in failed");
   if (qmboot::fill_cache() != 0) die("filling the handle cache failed");
   return 0;
