@@ -42,6 +42,7 @@ class Buffer {
         capacity(n == 0 ? 1 : n) {}
   Buffer(const Buffer&) = delete;
   Buffer& operator=(const Buffer&) = delete;
+  /// Frees data.
   virtual ~Buffer() { std::free(data); }
 
   /// Grows to exactly n elements when capacity < n, keeping the old ones; never shrinks.
@@ -51,6 +52,7 @@ class Buffer {
     data = static_cast<T*>(raw);
   }
 
+  /// malloc'd room for `capacity` elements, uninitialised; `capacity` is at least 1.
   T* data;
   uint64_t capacity;
 };
@@ -59,28 +61,31 @@ class Buffer {
 /// SU_ERROR_NONE: an address that names no model gives a reference the SDK rejects later.
 SUResult vsu_to_csu_model(VALUE model, SUModelRef* out);
 
-/// A Ruby Sketchup::ComponentDefinition; group? decides whether the group definitions or
-/// the component definitions are searched.
+/// A Ruby Sketchup::ComponentDefinition; group? (true only) decides whether the group
+/// definitions or the component definitions are searched. A candidate whose ID cannot be
+/// read is skipped, not reported.
 SUResult vsu_to_csu_component_definition(VALUE definition, SUComponentDefinitionRef* out);
 
 /// A Ruby Sketchup::Group at any depth: top level, then group definitions, then component
-/// definitions.
+/// definitions. Unlike the definition finder, a failing ID read ends the search with its code.
 SUResult vsu_to_csu_group(VALUE group, SUGroupRef* out);
 
 /// A Ruby Sketchup::ComponentInstance at any depth, searched like a group.
 SUResult vsu_to_csu_component_instance(VALUE instance, SUComponentInstanceRef* out);
 
-/// A component instance (by class) or otherwise a group, as an entity.
+/// A component instance (kind_of? Sketchup::ComponentInstance) or otherwise a group, found
+/// as above and handed out as an entity.
 SUResult vsu_to_csu_gci_entity(VALUE gci, SUEntityRef* out);
 
 /// The entity, definition and transformation of a group or component instance, written only
-/// when all three were read.
+/// when all three were read. The transformation takes the SDK's 16 values in their stored
+/// (column-major) order, unscaled.
 SUResult csu_ent_def_tra_from_vsu_gci(VALUE gci, SUEntityRef* entity, SUComponentDefinitionRef* definition,
                                       Geom::Transformation& transformation);
 
 /// The Ruby Sketchup::ComponentDefinition of a group or component instance, or nil. Hosts
 /// before version 14 are served by a scan of the model's definitions, matching the very
-/// object passed in (identity, not equality).
+/// object passed in (identity, not equality); nil there when no group definition lists it.
 VALUE vsu_get_definition(VALUE gci);
 
 }  // namespace RU

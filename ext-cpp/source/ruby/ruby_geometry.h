@@ -37,7 +37,9 @@ VALUE color_to_value(Geom::Color const& c);
 VALUE bb_to_value(Geom::BoundingBox3 const& bb);
 VALUE bb_to_value2(Geom::BoundingBox3 const& bb, double factor);
 
-/// Three Ruby numbers in consecutive memory, converted and stored x, y, z in that order.
+/// Three Ruby numbers in consecutive memory (the caller guarantees all three are readable),
+/// converted and stored x, y, z in that order; a non-number raises TypeError after the
+/// components before it are written.
 void varry_to_vector(VALUE const* elements, Geom::Vector3& out);
 void varry_to_vector2(VALUE const* elements, Geom::Vector3& out, double factor);
 
@@ -49,9 +51,13 @@ void value_to_vector2(VALUE value, Geom::Vector3& out, double factor);
 
 /// Accepts an Array of at least three Numerics (only the first three are read), a
 /// Geom::Point3d or a Geom::Vector3d; answers false for anything else, with out untouched.
+/// Not quite raise-free: a Numeric that will not become a Float (Complex(1, 1)) raises, with
+/// the components before it written.
 bool value_to_vector_safe(VALUE value, Geom::Vector3& out);
 
-/// A Geom::Transformation, or anything Geom::Transformation.new takes as its one argument.
+/// A Geom::Transformation, or anything Geom::Transformation.new takes as its one argument
+/// (whatever that raises propagates). out is written element by element, so an element that
+/// is no number, or missing, raises TypeError with the earlier elements written.
 void value_to_transformation(VALUE value, Geom::Transformation& out);
 void value_to_transformation2(VALUE value, Geom::Transformation& out, double factor);
 

@@ -3,7 +3,9 @@
 
 // The cache of the host's Ruby classes, constants and method IDs. Filled once by
 // RU::vsu_init_ruby while the bundle loads, read-only afterwards; every handle is zero
-// until then. Readers use the globals directly.
+// until then. Readers use the globals directly. Object handles are pinned against the
+// collector (and compaction) for the life of the process. Once filled the values may be
+// read from any thread; calls into Ruby that use them still belong on the Ruby thread.
 
 #include "ruby_lib.h"
 
@@ -234,8 +236,11 @@ extern ID INTERN_OP_ADD;  // "+"
 extern ID INTERN_OP_SUBTRACT;  // "-"
 
 /// Fills every handle above (classes, the 172 method IDs, host version, 64-bit flag, face
-/// point and OpenGL constants), in that order. Rescues nothing: a missing constant raises
-/// NameError out of the lookup and the handles after it stay as they were.
+/// point and OpenGL constants), in that order; Ruby thread only. Rescues nothing: a missing
+/// constant raises NameError, a failing Sketchup.version or to_i its own error, a version
+/// outside 32 bits RangeError, and the handles after the failure stay as they were (zero on
+/// a first fill). A host without is_64bit? is no failure. Calling it again stores the same
+/// values.
 void vsu_init_ruby();
 
 /// Calls vsu_init_ruby().

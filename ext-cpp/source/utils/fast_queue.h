@@ -24,11 +24,14 @@ class FastQueue {
                 "FastQueue copies its elements as raw bytes");
 
 public:
+  /// Empty, with capacity 2.
   FastQueue();
   FastQueue(const FastQueue&) = delete;
   FastQueue& operator=(const FastQueue&) = delete;
+  /// Frees the buffer; elements still held are dropped unread.
   virtual ~FastQueue();
 
+  /// True when no element is held.
   bool empty() const { return head == tail; }
   /// Appends a copy of `item`, growing first when the queue is full.
   void enqueue(const T& item);
@@ -37,6 +40,7 @@ public:
   /// Doubles the capacity when, and only when, the queue is full.
   void grow();
 
+  /// Slots allocated: a power of two, at least 2, one more than the elements it can hold.
   std::uint64_t get_capacity() const { return capacity; }
   /// Number of elements held.
   std::uint64_t get_size() const { return (tail + capacity - head) & (capacity - 1); }

@@ -23,6 +23,9 @@
 /// A dispatcher built for n threads starts n - 1 workers (at least one), since the caller
 /// works too. Threads the system refuses to create are left out; with none at all, every
 /// range runs on the calling thread.
+///
+/// When every thread of a dispatch has a processor of its own, each one polls for up to
+/// 1 ms after its slice before it sleeps, so that back-to-back dispatches need no wake-up.
 class ParallelDispatcher {
 public:
   /// Worker states, guarded by work_mutex.
@@ -44,15 +47,19 @@ public:
   /// Processors currently online; 1 when the platform cannot tell.
   static std::uint64_t get_num_processors();
 
-  /// `num_threads` counts the calling thread: 0, 1 and 2 all start one worker.
+  /// `num_threads` counts the calling thread: 0, 1 and 2 all start one worker, n > 2 starts
+  /// n - 1.
   explicit ParallelDispatcher(unsigned long num_threads);
   ParallelDispatcher(const ParallelDispatcher&) = delete;
   ParallelDispatcher& operator=(const ParallelDispatcher&) = delete;
-  /// Waits for a dispatch in progress, then stops and joins the workers.
+  /// Waits for a dispatch in progress, then stops and joins the workers. Never from inside
+  /// `function`.
   virtual ~ParallelDispatcher();
 
-  /// Runs `function` over [h, t) as described above; t < h is a fatal assertion. A function
-  /// that throws ends the process.
+  /// Runs `function` over [h, t) as described above and returns when every slice has
+  /// returned; `data` is passed through unread. t < h is a fatal assertion. A function that
+  /// throws ends the process. Nothing here knows Ruby: called from the Ruby thread, it keeps
+  /// that thread, and the interpreter's lock, until the whole range is done.
   void distribute_task(void (*function)(unsigned long begin, unsigned long end, void* data),
                        unsigned long h, unsigned long t, void* data) noexcept;
 

@@ -18,6 +18,8 @@
 /// The pool never holds two of its own mutexes at once, so no lock order exists to break.
 class ThreadHive {
 public:
+  /// One queued task: `function(data, hive)` runs on a worker (on the enqueuing thread when
+  /// the pool has none).
   struct Task {
     void (*function)(void* data, ThreadHive* hive);
     void* data;
@@ -33,15 +35,21 @@ public:
   explicit ThreadHive(unsigned long num_threads);
   ThreadHive(const ThreadHive&) = delete;
   ThreadHive& operator=(const ThreadHive&) = delete;
-  /// Runs every task still queued, then stops and joins the workers.
+  /// Waits, like wait_until_finished(), for every task outstanding (queued ones and those
+  /// they enqueue), then stops and joins the workers.
   virtual ~ThreadHive();
 
-  /// Counts the task, queues it and wakes one worker. A task that throws ends the process.
+  /// Counts the task, queues it and wakes one worker. Any thread may call it, a task of this
+  /// pool included; `data` is passed through unread. A task that throws ends the process.
   void enqueue(void (*function)(void* data, ThreadHive* hive), void* data) noexcept;
-  /// Tasks enqueued and not yet returned: the queued ones plus the running ones.
+  /// Tasks enqueued and not yet returned: the queued ones plus the running ones. Any thread.
   std::uint64_t get_num_tasks();
-  /// Blocks until every task enqueued so far, and every task those enqueued, has returned.
+  /// Blocks until every task enqueued so far, and every task those enqueued, has returned;
+  /// at once when none is outstanding. One thread waits at a time: the count reaching zero
+  /// wakes a single waiter.
   void wait_until_finished();
+  /// A plain mutex the pool lends to its users (tasks and owner) for shared results; the
+  /// pool itself never takes it. Not recursive: a thread must not enter twice.
   void enter_critical_section();
   void leave_critical_section();
 
