@@ -21,10 +21,12 @@ struct AlignedBoundingBox2 {
   Vector2 max;
   double inv_det;  ///< 1 / (sin²θ + cos²θ): 1 up to rounding, kept for the exact inverse map
 
+  /// The extremes the empty box starts from: max holds MIN_VALUE and min MAX_VALUE.
   static constexpr double MIN_VALUE = -1e15;
   static constexpr double MAX_VALUE = 1e15;
 
-  /// The empty box in the frame turned counter-clockwise by angle (radians).
+  /// The empty box in the frame turned counter-clockwise by angle (radians). Copies and
+  /// assignment take all five fields, the frame included.
   explicit AlignedBoundingBox2(double angle) noexcept;
 
   /// World point to local coordinates (Cramer's rule on the 2×2 frame).
@@ -37,34 +39,39 @@ struct AlignedBoundingBox2 {
     return Vector2(y_axis.x * l.y + x_axis.x * l.x, y_axis.y * l.y + x_axis.y * l.x);
   }
 
+  /// Grows to cover the world point p (a NaN coordinate is never taken).
   AlignedBoundingBox2& add(Vector2 const& p) noexcept { return local_add(to_local(p)); }
+  /// Grows to cover the point l given in local coordinates.
   AlignedBoundingBox2& local_add(Vector2 const& l) noexcept;
   /// Adds the other box's four world corners; its angle may differ from this one.
   AlignedBoundingBox2& add(AlignedBoundingBox2 const& other) noexcept;
 
   /// World position of corner index (0 to 3). Throws std::out_of_range above 3.
   Vector2 corner(unsigned long index) const;
+  /// World position of the local centre (min + max) / 2; the world origin for the empty box.
   Vector2 center() const noexcept { return to_world((min + max) * 0.5); }
 
-  /// Scales about the centre, in the local frame; s below 1 shrinks.
+  /// Scales about the centre in the local frame, in place or as a copy; s below 1 shrinks, a
+  /// negative s leaves min > max. Computed from min alone: an inverted box stays inverted for
+  /// s > 0.
   AlignedBoundingBox2& scale_self(double s) noexcept;
   AlignedBoundingBox2 scale(double s) const noexcept {
     return AlignedBoundingBox2(*this).scale_self(s);
   }
-  /// Grows by d on every side (a negative d shrinks).
+  /// Grows by d on every side (a negative d shrinks, and can invert the box).
   AlignedBoundingBox2& pad_self(double d) noexcept;
   /// A padded copy: the const overload of the same name leaves this box alone.
   AlignedBoundingBox2 pad_self(double d) const noexcept {
     return AlignedBoundingBox2(*this).pad_self(d);
   }
-  /// Moves the box by the world offset v.
+  /// Moves the box by the world offset v, in place or as a copy.
   AlignedBoundingBox2& translate_self(Vector2 const& v) noexcept {
     return local_shift_self(to_local(v));
   }
   AlignedBoundingBox2 translate(Vector2 const& v) const noexcept {
     return AlignedBoundingBox2(*this).translate_self(v);
   }
-  /// Moves the box by v given in local coordinates.
+  /// Moves the box by v given in local coordinates, in place or as a copy.
   AlignedBoundingBox2& local_shift_self(Vector2 const& v) noexcept;
   AlignedBoundingBox2 local_shift(Vector2 const& v) const noexcept {
     return AlignedBoundingBox2(*this).local_shift_self(v);
@@ -72,12 +79,14 @@ struct AlignedBoundingBox2 {
   /// Back to the empty box; the frame stays.
   void clear() noexcept;
 
-  /// Strictly inside: a point on a side is not contained.
+  /// Whether the world point p lies strictly inside: a point on a side is not contained, and
+  /// the empty box contains nothing.
   bool contains(Vector2 const& p) const noexcept;
-  /// All four world corners of other strictly inside.
+  /// All four world corners of other strictly inside; false when this box is empty.
   bool contains(AlignedBoundingBox2 const& other) const noexcept;
   /// Whether the rectangles overlap, for any two angles: a corner of one inside the other,
-  /// or two edges crossing. Boxes that only touch along a side may come out as apart.
+  /// or two edges crossing. Boxes that only touch along a side may come out as apart; an
+  /// empty box intersects no box lying within ±1e15 of the origin.
   bool intersects(AlignedBoundingBox2 const& other) const noexcept;
 
  private:

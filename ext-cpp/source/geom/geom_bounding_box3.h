@@ -18,6 +18,7 @@ struct BoundingBox3 {
   Vector3 min;
   Vector3 max;
 
+  /// The extremes the empty box starts from: max holds MIN_VALUE and min MAX_VALUE.
   static constexpr double MIN_VALUE = -1e15;
   static constexpr double MAX_VALUE = 1e15;
 
@@ -26,6 +27,7 @@ struct BoundingBox3 {
   /// The corners exactly as passed, not reordered.
   constexpr BoundingBox3(Vector3 const& min_, Vector3 const& max_) noexcept
       : min(min_), max(max_) {}
+  /// Copies both corners.
   BoundingBox3(BoundingBox3 const&) noexcept = default;
   BoundingBox3& operator=(BoundingBox3 const&) noexcept = default;
 
@@ -53,10 +55,12 @@ struct BoundingBox3 {
   BoundingBox3& add(BoundingBox3 const& b) noexcept;
   /// Lowers min by lo and raises max by hi per axis; lo never raises min, hi never lowers max.
   BoundingBox3& add(Vector3 const& lo, Vector3 const& hi) noexcept;
-  /// Scales about the centre, computed from min alone: an inverted box stays inverted for s > 0.
+  /// Scales about the centre (min + max) / 2, in place or as a copy: s below 1 shrinks, a
+  /// negative s leaves min > max. Computed from min alone: an inverted box stays inverted
+  /// for s > 0.
   BoundingBox3& scale_self(double s) noexcept;
   BoundingBox3 scale(double s) const noexcept { return BoundingBox3(*this).scale_self(s); }
-  /// Moves every face outward by d (inward for a negative d).
+  /// Moves every face outward by d (inward for a negative d, which can invert the box).
   BoundingBox3& pad_self(double d) noexcept {
     min -= Vector3(d);
     max += Vector3(d);
@@ -65,9 +69,10 @@ struct BoundingBox3 {
   /// Makes the box empty.
   void clear() noexcept { *this = BoundingBox3(); }
 
-  /// Strictly inside on every axis.
+  /// Strictly inside on every axis: a point on a face, and any point of an empty box, is not.
   bool contains(Vector3 const& p) const noexcept;
-  /// Overlap with positive volume on every axis.
+  /// Whether the boxes overlap with positive extent on every axis; boxes that only touch do
+  /// not, nor does an empty box with any box inside ±1e15.
   bool intersects(BoundingBox3 const& b) const noexcept;
   /// Positive extent on every axis and strictly inside b; a flat or empty box is never within.
   bool within(BoundingBox3 const& b) const noexcept;
@@ -76,12 +81,15 @@ struct BoundingBox3 {
   /// Corner 0 to 7: bit 0 picks x, bit 1 y, bit 2 z, each from max when set, min when clear.
   /// Throws std::out_of_range for an index above 7.
   Vector3 corner(unsigned long index) const;
-  /// Whether the half-line origin + t direction, t > 0, passes through the interior. A ray
-  /// through an edge or corner only, or running in a face's plane, misses; the direction
-  /// need not be unit, and its components of 1e-6 or less (absolute) count as zero.
+  /// Whether the half-line origin + t direction, t > 0, passes through the interior; an
+  /// origin strictly inside always hits. A ray through an edge or corner only, or running in
+  /// a face's plane, misses; the direction need not be unit, and the faces of an axis along
+  /// which its component is 1e-6 or less (absolute) are not tested.
   bool intersects_ray(Vector3 const& origin, Vector3 const& direction) const noexcept;
   /// As above after turning the direction toward the box's centre by at most max_angle
-  /// radians. Always false for a box with min > max on any axis.
+  /// radians, never past it; pass a unit direction, as the angle to the centre is misjudged
+  /// for other lengths. Always false for a box with min > max on any axis; an origin at the
+  /// centre, or a direction straight at or away from it, gets the plain test.
   bool intersects_ray(Vector3 const& origin, Vector3 const& direction,
                       double max_angle) const noexcept;
 };

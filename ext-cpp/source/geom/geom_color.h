@@ -15,15 +15,18 @@ struct Color {
 
   /// Black with alpha 0.
   constexpr Color() noexcept : r(0), g(0), b(0), a(0) {}
+  /// The four channels as given.
   constexpr Color(unsigned char r_, unsigned char g_, unsigned char b_, unsigned char a_) noexcept
       : r(r_), g(g_), b(b_), a(a_) {}
+  /// Copies the four bytes.
   Color(Color const&) noexcept = default;
   Color& operator=(Color const&) noexcept = default;
 
-  /// Per channel c + trunc((o - c) * t), wrapped to 8 bits. The step is truncated toward
-  /// zero, so the result leans toward this colour: 0 -> 255 at t = 0.5 gives 127, and
-  /// 255 -> 0 gives 128. t is not clamped: outside [0, 1] channels wrap modulo 256, and a
-  /// step beyond the 32-bit range (or a NaN t) saturates (NaN: no step) rather than overflow.
+  /// A new colour, per channel c + trunc((o - c) * t) wrapped to 8 bits: t = 0 gives this
+  /// colour, t = 1 other's exactly. The step is truncated toward zero, so the result leans
+  /// toward this colour: 0 -> 255 at t = 0.5 gives 127, and 255 -> 0 gives 128. t is not
+  /// clamped: outside [0, 1] channels wrap modulo 256; a step beyond the 32-bit range
+  /// saturates rather than overflow, and a NaN t gives no step (this colour).
   Color transition_to(Color const& other, double t) const noexcept;
 };
 

@@ -42,6 +42,7 @@ struct Transformation {
   /// A frame at origin whose z axis is the normal, set to unit length. The x axis is
   /// (-n.y, n.x, 0) unless |n.z| >= 0.9999995, then (n.z, 0, -n.x), read from the normal as
   /// passed (so a non-unit normal can change the branch) and set to unit length; y = z x x.
+  /// A zero normal gives three zero axes.
   Transformation(Vector3 const& origin_, Vector3 const& normal) noexcept;
   /// Axes (x, 0), (y, 0), (z, 0), used as passed; origin (0, 0, 0, 1).
   constexpr Transformation(Vector3 const& x, Vector3 const& y, Vector3 const& z) noexcept
@@ -68,13 +69,18 @@ struct Transformation {
       : x_axis(m), y_axis(m + 4), z_axis(m + 8), origin(m + 12) {}
   /// The rotation R by angle about axis (through the coordinate origin, axis used as
   /// passed), preceded by a shift of point to the coordinate origin: maps p to R (p - point).
+  /// A non-unit axis gives axes that are not unit length; a zero axis, a pure shift by -point.
   Transformation(Vector3 const& point, Vector3 const& axis, double angle) noexcept;
+  /// Copies all 16 elements.
   Transformation(Transformation const&) noexcept = default;
   Transformation& operator=(Transformation const&) noexcept = default;
 
   /// Rotation by angle about axis through the coordinate origin. The axis is used as passed:
-  /// a non-unit axis gives a matrix that is not a pure rotation.
+  /// a non-unit axis gives a matrix that is not a pure rotation (a zero axis, a uniform
+  /// scale by cos(angle)).
   static Transformation rotate(Vector3 const& axis, double angle) noexcept;
+  /// Rotation by angle (radians) about the x, y or z axis through the coordinate origin,
+  /// right-handed: rotatez(pi/2) turns the x direction onto y.
   static Transformation rotatex(double angle) noexcept;
   static Transformation rotatey(double angle) noexcept;
   static Transformation rotatez(double angle) noexcept;
@@ -92,7 +98,7 @@ struct Transformation {
   Vector3 transform_vector(Vector3 const& v) const noexcept {
     return transform_vector(v, determinant());
   }
-  /// (R v + t) factor.
+  /// (R v + t) factor: the caller's factor in place of the weight's.
   Vector3 transform_vector(Vector3 const& v, double factor) const noexcept {
     return transform_vector2(v) * factor;
   }
@@ -124,10 +130,12 @@ struct Transformation {
   Transformation inverse() const noexcept;
   /// The three axis lengths divided by the weight (undivided when |m[15]| <= 1e-6).
   Vector3 scale() const noexcept;
-  /// Sets the axis lengths to s (a negative component reverses that axis; a zero axis stays
-  /// zero), divides the origin by a usable weight, and sets the weight to 1.
+  /// Sets the axis lengths to s (a negative component reverses that axis; an axis of squared
+  /// length <= 1e-12 stays as it is; the axes' w are untouched), divides the origin by a
+  /// weight whose absolute value is above 1e-6, and sets the weight to 1 in either case.
   Transformation& scale(Vector3 const& s) noexcept;
-  /// Unit axes with w 0, origin divided by a usable weight, weight 1.
+  /// Unit axes with w 0, origin divided by a weight whose absolute value is above 1e-6, and
+  /// weight 1: in place, or as a copy. An axis of squared length <= 1e-12 stays as it is.
   Transformation& normalize_self() noexcept;
   Transformation normalize() const noexcept;
   /// Multiplies each axis's xyz by one component of s; w, origin and weight untouched.
@@ -147,7 +155,9 @@ struct Transformation {
 
   /// This frame turned as a whole so that its x axis points along direction; axis lengths,
   /// origin and weight kept. Unchanged when the x axis already points that way (cosine
-  /// above 0.9999995); an opposite direction is reached by a half turn about the y axis.
+  /// above 0.9999995); an opposite direction (below -0.9999995) is reached by a half turn
+  /// about the y axis when the axes are perpendicular. The direction need not be unit; a zero direction or a zero own axis
+  /// gives three zero axes (w included) with this origin.
   Transformation rotate_xaxis_to(Vector3 const& direction) const noexcept;
   /// As rotate_xaxis_to for the y axis; an opposite direction turns about the z axis.
   Transformation rotate_yaxis_to(Vector3 const& direction) const noexcept;
@@ -157,10 +167,12 @@ struct Transformation {
   /// The frame between this (t = 0) and other (t = 1): the z axis swings toward other's
   /// about one pivot, the frame twists about the moving z axis, and axis lengths (divided
   /// by the weights) and origins are interpolated linearly. t is not clamped. The result
-  /// is right-handed (y = z × x) with axes' w 0 and weight 1, even for mirrored inputs.
+  /// is right-handed (y = z × x) with axes' w 0 and weight 1, even for mirrored inputs. The
+  /// twist assumes other's x and y axes of equal length; a singular other gives no twist.
   Transformation uniform_transition_to(Transformation const& other, double t) const noexcept;
   /// The same swing and twist for frames used as stored: no length or weight handling, so
-  /// it reproduces other at t = 1 only for unit, right-handed frames.
+  /// it reproduces other at t = 1 only for unit, right-handed frames. Origins are
+  /// interpolated undivided; a singular other makes the full twist a quarter turn.
   Transformation uniform_normal_transition_to(Transformation const& other,
                                               double t) const noexcept;
 };
