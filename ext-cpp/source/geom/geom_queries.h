@@ -14,7 +14,7 @@ namespace Geom {
 
 /// Approximate 1/√x from a bit-level estimate and one Newton step; relative error below
 /// 0.18 % for positive finite x. The argument is not checked: zero, negative, infinite or
-/// NaN x give no meaningful value.
+/// NaN x give no meaningful value, but always a defined one (no undefined behaviour).
 double inv_sqrt(double x);
 /// Single-precision twin of inv_sqrt(double); every step is carried out in float.
 float inv_sqrt(float x);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <random>
 #include <utility>
 
@@ -37,6 +38,25 @@ TEST(InvSqrt, ReferenceValuesAndErrorBound) {
     float const xf = std::pow(10.0f, exponent_f(rng));
     double const exact_f = 1.0 / std::sqrt(static_cast<double>(xf));
     EXPECT_LT(std::fabs(Geom::inv_sqrt(xf) - exact_f) / exact_f, 0.0018) << xf;
+  }
+}
+
+// The argument is not checked, so a negative one must at least be defined behaviour: the
+// bit estimate once overflowed a signed subtraction for every x with the sign bit set, which
+// the UBSan pass reports. Whatever comes back is no estimate of 1/√|x|.
+TEST(InvSqrt, NegativeArgumentIsDefinedAndNoEstimate) {
+  double const negatives[] = {-0.0, -4.9e-324, -1e-300, -0.25, -1.0, -4.0, -1e300,
+                              -std::numeric_limits<double>::max(),
+                              -std::numeric_limits<double>::infinity()};
+  for (double const x : negatives) {
+    double const y = Geom::inv_sqrt(x);
+    float const yf = Geom::inv_sqrt(static_cast<float>(x));
+    if (x == 0.0) continue;
+    EXPECT_FALSE(std::fabs(y * std::sqrt(-x) - 1.0) < 0.5) << x << " -> " << y;
+    double const xf = static_cast<double>(static_cast<float>(x));
+    if (xf != 0.0) {
+      EXPECT_FALSE(std::fabs(yf * std::sqrt(-xf) - 1.0) < 0.5) << xf << " -> " << yf;
+    }
   }
 }
 
