@@ -49,28 +49,6 @@ double inv_sqrt(double x) { return refined_inv_sqrt(x, INV_SQRT_MAGIC_64); }
 
 float inv_sqrt(float x) { return refined_inv_sqrt(x, INV_SQRT_MAGIC_32); }
 
-bool intersect_segment_segment(const Vector2& a, const Vector2& b, const Vector2& c,
-                               const Vector2& d, Vector2& out) {
-  Vector2 const r = b - a;
-  Vector2 const s = d - c;
-  Vector2 const q = a - c;
-  double const den = r.perp(s);
-  if (std::fabs(den) < LENGTH_EPSILON) {
-    return false;
-  }
-  double const inv = 1.0 / den;
-  double const t = s.perp(q) * inv;
-  if (t < 0.0 || t > 1.0) {
-    return false;
-  }
-  double const u = inv * r.perp(q);
-  if (u < 0.0 || u > 1.0) {
-    return false;
-  }
-  out = a + Vector2(r.x * t, t * r.y);
-  return true;
-}
-
 int intersect_segment_plane(const Vector3& p0, const Vector3& p1, const Vector3& plane_point,
                             const Vector3& plane_normal, Vector3& out) {
   Vector3 const d = p1 - p0;

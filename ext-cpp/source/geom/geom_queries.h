@@ -6,6 +6,9 @@
 // parameters are written only on the paths that say so (false, code 0 and code 2 leave
 // them untouched).
 
+#include <cmath>
+
+#include "geom_tolerances.h"
 #include "geom_vector2.h"
 #include "geom_vector3.h"
 #include "geom_vector4.h"
@@ -22,8 +25,26 @@ float inv_sqrt(float x);
 /// Whether segment ab meets segment cd, end points included; the meeting point goes to
 /// out, which is left untouched on false. Parallel and collinear segments never meet here:
 /// |(b − a) ⊥ (d − c)| < 1e-6, an absolute threshold, so very short segments never meet.
-bool intersect_segment_segment(const Vector2& a, const Vector2& b, const Vector2& c,
-                               const Vector2& d, Vector2& out);
+/// Defined here so that it inlines into the inner loops of box and polygon tests.
+inline bool intersect_segment_segment(const Vector2& a, const Vector2& b, const Vector2& c,
+                                      const Vector2& d, Vector2& out) {
+  Vector2 const r = b - a;
+  Vector2 const s = d - c;
+  Vector2 const q = a - c;
+  double const den = r.perp(s);
+  // Parallel segments (|den| < 1e-6) and parameters outside [0, 1] in one test, without
+  // short cuts, so unpredictable input costs one branch instead of three; 1 / den of a
+  // tiny or zero den is a defined infinity or huge value, and its result goes unused.
+  // Every comparison with a NaN is false, so a NaN parameter is not rejected.
+  double const inv = 1.0 / den;
+  double const t = s.perp(q) * inv;
+  double const u = inv * r.perp(q);
+  if ((std::fabs(den) < LENGTH_EPSILON) | (t < 0.0) | (t > 1.0) | (u < 0.0) | (u > 1.0)) {
+    return false;
+  }
+  out = a + Vector2(r.x * t, t * r.y);
+  return true;
+}
 
 // Result codes of intersect_segment_plane.
 inline constexpr int SEGMENT_PLANE_NONE = 0;      ///< no intersection; out untouched

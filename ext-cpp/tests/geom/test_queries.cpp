@@ -82,6 +82,11 @@ TEST(SegmentSegment, EndPointsCountParallelNeverDoes) {
   // Scaled up so that r ⊥ s = 8e-5: now they meet.
   EXPECT_TRUE(Geom::intersect_segment_segment(Vector2(-10, 0), Vector2(10, 0),
                                               Vector2(-10, -2e-6), Vector2(10, 2e-6), out));
+  // r ⊥ s exactly 1e-6 is not below the threshold: a short cd standing on ab meets it.
+  ASSERT_TRUE(Geom::intersect_segment_segment(Vector2(0, 0), Vector2(1, 0), Vector2(0.5, 0),
+                                              Vector2(0.5, 1e-6), out));
+  EXPECT_NEAR(out.x, 0.5, kTol);
+  EXPECT_EQ(out.y, 0.0);
 }
 
 // Which side of line pq the point r lies on, with a margin so that rounding cannot flip it.
@@ -116,6 +121,10 @@ TEST(SegmentSegment, AgreesWithOrientationTestAndPointLiesOnBoth) {
 }
 
 TEST(SegmentPlane, Codes) {
+  // Callers may test the codes as the numbers they are documented to be.
+  EXPECT_EQ(0, Geom::SEGMENT_PLANE_NONE);
+  EXPECT_EQ(1, Geom::SEGMENT_PLANE_POINT);
+  EXPECT_EQ(2, Geom::SEGMENT_PLANE_IN_PLANE);
   Vector3 const up(0, 0, 1);
   Vector3 out(9, 9, 9);
   EXPECT_EQ(Geom::intersect_segment_plane(Vector3(0, 0, 1), Vector3(0, 0, 0), Vector3(), up, out),
