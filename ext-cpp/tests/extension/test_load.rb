@@ -88,6 +88,23 @@ class LoadTest < Minitest::Test
     assert_equal ["Init_bin_Quillmark"], exported
   end
 
+  # The stand-ins the bundle loads offer their C interface and nothing else: no C++ symbol
+  # (such as a standard container's code) that another library could bind to instead.
+  def test_the_platform_libraries_export_c_names_alone
+    deps, status = Open3.capture2("ldd", BUNDLE)
+    assert status.success?
+    libraries = deps.scan(%r{=> (\S*libquillmark_\w+\.so)}).flatten
+    assert_equal %w[libquillmark_desktop.so libquillmark_sketchup_api.so],
+                 libraries.map { |path| File.basename(path) }.sort
+    libraries.each do |library|
+      out, status = Open3.capture2("nm", "-D", "--defined-only", library)
+      assert status.success?
+      exported = out.lines.map { |line| line.split.last }
+      refute_empty exported, library
+      assert_empty exported.grep(/\A_Z/), "#{library} exports C++ symbols"
+    end
+  end
+
   def test_no_start_up_code_but_the_identity_transformation
     # Sanitizers register every instrumented object from a constructor of their own.
     skip "instrumented build (#{ENV['QUILLMARK_SANITIZE']})" unless ENV.fetch("QUILLMARK_SANITIZE", "").empty?
