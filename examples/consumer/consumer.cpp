@@ -1,12 +1,15 @@
 // A Ruby extension of its own, built against the installed Quillmark package:
 //
 //   QuillmarkConsumer.transform_points(transformation, points) -> Array of Geom::Point3d
+//   QuillmarkConsumer.double_attribute(group_or_instance, dictionary, key) -> Float or nil
 //
 // Every point is transformed as the host transforms points (divided by the weight; all
 // zero when the weight is unusable). The work follows the one pattern that is safe with
 // worker threads: convert every Ruby value on the interpreter's thread, compute in
 // parallel on plain doubles, then convert back on the interpreter's thread. Workers never
 // see a VALUE.
+//
+// double_attribute reads one attribute through the host's C SDK rather than through Ruby.
 
 #include <new>
 #include <type_traits>
@@ -14,6 +17,8 @@
 #include "geom_transformation.h"
 #include "geom_vector3.h"
 #include "parallel_dispatcher.h"
+#include "ruby_attributes.h"
+#include "ruby_entities.h"
 #include "ruby_geometry.h"
 #include "ruby_handles.h"
 #include "ruby_lib.h"
@@ -68,6 +73,22 @@ VALUE transform_points(VALUE /*self*/, VALUE transformation, VALUE points) {
   return result;
 }
 
+VALUE double_attribute(VALUE /*self*/, VALUE entity_value, VALUE dictionary, VALUE key) {
+  // Everything that may raise comes first, while nothing is held that needs releasing.
+  char const* dictionary_name = StringValueCStr(dictionary);
+  char const* key_name = StringValueCStr(key);
+  SUEntityRef entity = SU_INVALID;
+  if (RU::vsu_to_csu_gci_entity(entity_value, &entity) != SU_ERROR_NONE) return Qnil;
+
+  SUTypedValueRef value = SU_INVALID;
+  if (SUTypedValueCreate(&value) != SU_ERROR_NONE) return Qnil;
+  double number = 0.0;
+  SUResult result = RU::csu_entity_get_attribute(entity, dictionary_name, key_name, &value);
+  if (result == SU_ERROR_NONE) result = RU::csu_typed_value_to_double(value, &number);
+  SUTypedValueRelease(&value);
+  return result == SU_ERROR_NONE ? rb_float_new(number) : Qnil;
+}
+
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) void Init_quillmark_consumer() {
@@ -75,4 +96,5 @@ extern "C" __attribute__((visibility("default"))) void Init_quillmark_consumer()
   RU::init_ruby();
   VALUE module = rb_define_module("QuillmarkConsumer");
   rb_define_module_function(module, "transform_points", transform_points, 2);
+  rb_define_module_function(module, "double_attribute", double_attribute, 3);
 }

@@ -39,7 +39,13 @@ module HostStandin
       SUGroupToEntity: [[P], P],
       SUComponentInstanceToEntity: [[P], P],
       SUComponentDefinitionToEntity: [[P], P],
-      SUEntityGetID: [[P, P], I]
+      SUEntityGetID: [[P, P], I],
+      su_standin_add_dictionary: [[P, P], P],
+      su_standin_dictionary_set: [[P, P, P], I],
+      SUTypedValueCreate: [[P], I],
+      SUTypedValueRelease: [[P], I],
+      SUTypedValueSetDouble: [[P, Fiddle::TYPE_DOUBLE], I],
+      SUTypedValueSetInt32: [[P, I], I]
     }.freeze
 
     class << self
@@ -58,6 +64,11 @@ module HostStandin
         out = Fiddle::Pointer.malloc(4, Fiddle::RUBY_FREE)
         check(:SUEntityGetID, call(:SUEntityGetID, entity_address, out))
         out[0, 4].unpack1("l")
+      end
+
+      # Calls name and raises unless it answers SU_ERROR_NONE.
+      def call!(name, *args)
+        check(name, call(name, *args))
       end
 
       def address(pointer)
@@ -298,6 +309,35 @@ module Sketchup
       matrix[0, 16 * 8] = values.pack("d16")
       HostStandin::SketchupApi.call(:su_standin_set_transform, @entity_address, matrix)
       @transformation = value
+    end
+
+    # Stores value under key in this entity's dictionary of that name, made on first use, as
+    # the host does. The stand-in keeps Float values as doubles and Integer values as 32-bit
+    # integers; other values raise TypeError, integers beyond 32 bits RangeError.
+    def set_attribute(dictionary_name, key, value)
+      setter =
+        case value
+        when Float then :SUTypedValueSetDouble
+        when Integer
+          raise RangeError, "#{value} does not fit in 32 bits" unless value.bit_length < 32
+
+          :SUTypedValueSetInt32
+        else raise TypeError, "the host stand-in stores Float and Integer attributes only"
+        end
+      api = HostStandin::SketchupApi
+      name = dictionary_name.to_s
+      dictionary = (@dictionaries ||= {})[name] ||=
+        api.address(api.call(:su_standin_add_dictionary, @entity_address, "#{name}\0"))
+      typed_value = api.out_ref(:SUTypedValueCreate)
+      begin
+        api.call!(setter, typed_value, value)
+        api.call!(:su_standin_dictionary_set, dictionary, "#{key}\0", typed_value)
+      ensure
+        handle = Fiddle::Pointer.malloc(Fiddle::SIZEOF_VOIDP, Fiddle::RUBY_FREE)
+        handle[0, Fiddle::SIZEOF_VOIDP] = [typed_value].pack("J")
+        api.call!(:SUTypedValueRelease, handle)
+      end
+      value
     end
 
     def definition_for_bridge

@@ -41,3 +41,8 @@ step(${CMAKE_COMMAND} -S "${CONSUMER_SOURCE}" -B "${consumer_build}"
 step(${CMAKE_COMMAND} --build "${consumer_build}" -j2)
 step(${CMAKE_COMMAND} -E env "QUILLMARK_CONSUMER_DIR=${consumer_build}" ${ruby_env}
      "${RUBY}" "${SCRIPT}")
+# Installed, the consumer loses its build-tree search path and must still find the
+# package's shared SDK library.
+step(${CMAKE_COMMAND} --install "${consumer_build}" --prefix "${WORK_DIR}/site")
+step(${CMAKE_COMMAND} -E env "QUILLMARK_CONSUMER_DIR=${WORK_DIR}/site/lib" ${ruby_env}
+     "${RUBY}" "${SCRIPT}")

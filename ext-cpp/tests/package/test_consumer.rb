@@ -5,6 +5,7 @@
 #   QUILLMARK_CONSUMER_DIR  the folder holding quillmark_consumer.<dlext>
 
 require "minitest/autorun"
+require "fiddle"
 
 require File.expand_path("../../platform/host_ruby/sketchup.rb", __dir__)
 $LOAD_PATH.unshift(ENV.fetch("QUILLMARK_CONSUMER_DIR"))
@@ -84,5 +85,41 @@ class ConsumerTest < Minitest::Test
     assert_equal(points.map { |p| reference(values, p) }, result.map(&:to_a))
   ensure
     GC.stress = false
+  end
+  def live_typed_values
+    @live_typed_values ||= Fiddle::Function.new(
+      Fiddle::Handle::DEFAULT["su_standin_live_typed_values"], [], Fiddle::TYPE_SIZE_T
+    )
+    @live_typed_values.call
+  end
+
+  # Set on the Ruby side, read back through the SDK; every typed value the reader makes is
+  # released, on the paths that find nothing as well.
+  def test_reads_number_attributes_through_the_sdk
+    model = Sketchup.active_model
+    group = model.entities.add_group
+    instance = model.entities.add_instance(model.definitions.add("post"), Geom::Transformation.new)
+    group.set_attribute("dimensions", "width", 2.5)
+    group.set_attribute("dimensions", "count", 7)
+    group.set_attribute("dimensions", "width", 3.75)
+    instance.set_attribute("dimensions", "width", -0.125)
+    before = live_typed_values
+    assert_equal 3.75, QuillmarkConsumer.double_attribute(group, "dimensions", "width")
+    assert_equal 7.0, QuillmarkConsumer.double_attribute(group, "dimensions", "count")
+    assert_equal(-0.125, QuillmarkConsumer.double_attribute(instance, "dimensions", "width"))
+    assert_nil QuillmarkConsumer.double_attribute(group, "dimensions", "depth")
+    assert_nil QuillmarkConsumer.double_attribute(group, "other", "width")
+    assert_nil QuillmarkConsumer.double_attribute(model.entities.add_group, "dimensions", "width")
+    assert_equal before, live_typed_values
+  end
+
+  def test_attribute_reader_rejects_what_is_not_a_name
+    group = Sketchup.active_model.entities.add_group
+    group.set_attribute("dimensions", "width", 1.5)
+    before = live_typed_values
+    assert_raises(TypeError) { QuillmarkConsumer.double_attribute(group, :dimensions, "width") }
+    assert_raises(ArgumentError) { QuillmarkConsumer.double_attribute(group, "dimensions", "wi\0dth") }
+    assert_equal before, live_typed_values
+    assert_equal 1.5, QuillmarkConsumer.double_attribute(group, "dimensions", "width")
   end
 end
