@@ -11,6 +11,19 @@ require File.expand_path("../../platform/host_ruby/sketchup.rb", __dir__)
 $LOAD_PATH.unshift(ENV.fetch("QUILLMARK_CONSUMER_DIR"))
 require "quillmark_consumer"
 
+# Under AddressSanitizer: a Ruby raise is a __builtin_longjmp that the sanitizer is not
+# told about. The instrumented C++ frames it skips (the consumer's and the library's) would
+# keep their stack redzones poisoned, and a later libc call the sanitizer intercepts could
+# land on them and be reported. So every raise is announced to it as it happens, as the
+# compiler itself does before a call that does not return.
+begin
+  no_return = Fiddle::Function.new(Fiddle::Handle::DEFAULT["__asan_handle_no_return"], [],
+                                   Fiddle::TYPE_VOID)
+  TracePoint.new(:raise) { no_return.call }.enable
+rescue Fiddle::DLError
+  nil # not instrumented
+end
+
 class ConsumerTest < Minitest::Test
   # The host's point transform, written out in the order the library evaluates it (column
   # by column, then times the reciprocal weight), so that the answers agree to the bit.
