@@ -33,13 +33,15 @@ inline bool intersect_segment_segment(const Vector2& a, const Vector2& b, const 
   Vector2 const q = a - c;
   double const den = r.perp(s);
   // Parallel segments (|den| < 1e-6) and parameters outside [0, 1] in one test, without
-  // short cuts, so unpredictable input costs one branch instead of three; 1 / den of a
-  // tiny or zero den is a defined infinity or huge value, and its result goes unused.
-  // Every comparison with a NaN is false, so a NaN parameter is not rejected.
-  double const inv = 1.0 / den;
+  // short cuts, so unpredictable input costs one branch instead of three. A parallel pair
+  // divides by 1 instead (a select, not a branch), so no division by zero is ever carried
+  // out and no floating-point exception raised; its parameters go unused. Every comparison
+  // with a NaN is false, so a NaN parameter is not rejected.
+  bool const parallel = std::fabs(den) < LENGTH_EPSILON;
+  double const inv = 1.0 / (parallel ? 1.0 : den);
   double const t = s.perp(q) * inv;
   double const u = inv * r.perp(q);
-  if ((std::fabs(den) < LENGTH_EPSILON) | (t < 0.0) | (t > 1.0) | (u < 0.0) | (u > 1.0)) {
+  if (parallel | (t < 0.0) | (t > 1.0) | (u < 0.0) | (u > 1.0)) {
     return false;
   }
   out = a + Vector2(r.x * t, t * r.y);

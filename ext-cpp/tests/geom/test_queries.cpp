@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cfenv>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -82,6 +83,15 @@ TEST(SegmentSegment, EndPointsCountParallelNeverDoes) {
   // Scaled up so that r ⊥ s = 8e-5: now they meet.
   EXPECT_TRUE(Geom::intersect_segment_segment(Vector2(-10, 0), Vector2(10, 0),
                                               Vector2(-10, -2e-6), Vector2(10, 2e-6), out));
+  // Parallel, collinear and zero-length segments divide by nothing: code that runs with
+  // floating-point traps enabled must not stop here. (volatile: no constant folding.)
+  volatile double zero = 0.0, one = 1.0, two = 2.0;
+  std::feclearexcept(FE_ALL_EXCEPT);
+  EXPECT_FALSE(Geom::intersect_segment_segment(Vector2(zero, zero), Vector2(two, zero),
+                                               Vector2(one, zero), Vector2(two, zero), out));
+  EXPECT_FALSE(Geom::intersect_segment_segment(Vector2(one, one), Vector2(one, one),
+                                               Vector2(zero, one), Vector2(two, one), out));
+  EXPECT_FALSE(std::fetestexcept(FE_DIVBYZERO | FE_INVALID | FE_OVERFLOW));
   // r ⊥ s exactly 1e-6 is not below the threshold: a short cd standing on ab meets it.
   ASSERT_TRUE(Geom::intersect_segment_segment(Vector2(0, 0), Vector2(1, 0), Vector2(0.5, 0),
                                               Vector2(0.5, 1e-6), out));
