@@ -56,13 +56,13 @@ module HostStandin
       # An address for a reference answered through an out-parameter.
       def out_ref(name, *args)
         out = Fiddle::Pointer.malloc(Fiddle::SIZEOF_VOIDP, Fiddle::RUBY_FREE)
-        check(name, call(name, *args, out))
+        call!(name, *args, out)
         out[0, Fiddle::SIZEOF_VOIDP].unpack1("J")
       end
 
       def entity_id(entity_address)
         out = Fiddle::Pointer.malloc(4, Fiddle::RUBY_FREE)
-        check(:SUEntityGetID, call(:SUEntityGetID, entity_address, out))
+        call!(:SUEntityGetID, entity_address, out)
         out[0, 4].unpack1("l")
       end
 

@@ -99,6 +99,7 @@ class ConsumerTest < Minitest::Test
   ensure
     GC.stress = false
   end
+
   def live_typed_values
     @live_typed_values ||= Fiddle::Function.new(
       Fiddle::Handle::DEFAULT["su_standin_live_typed_values"], [], Fiddle::TYPE_SIZE_T
