@@ -87,8 +87,8 @@ bool vector_walk(SUEntitiesRef entities, int32_t id, SUGroupRef* out) {
 
 SUResult vector_find_group(VALUE group, SUGroupRef* out) {
   SUModelRef model = SU_INVALID;
-  RU::vsu_to_csu_model(rb_funcall(group, RU::INTERN_MODEL, 0), &model);
-  const int32_t id = NUM2INT(rb_funcall(group, RU::INTERN_ENTITYID, 0));
+  RU::vsu_to_csu_model(rb_funcallv(group, RU::INTERN_MODEL, 0, nullptr), &model);
+  const int32_t id = NUM2INT(rb_funcallv(group, RU::INTERN_ENTITYID, 0, nullptr));
   SUEntitiesRef top = SU_INVALID;
   SUModelGetEntities(model, &top);
   if (vector_walk(top, id, out)) return SU_ERROR_NONE;

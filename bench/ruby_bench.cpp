@@ -52,7 +52,7 @@ void BM_value_to_transformation(benchmark::State& state) {
 
 void BM_floor_transformation_to_a(benchmark::State& state) {
   VALUE t = keep("$bench_t", eval_or_die("Geom::Transformation.new((1..16).map(&:to_f))"));
-  for (auto _ : state) benchmark::DoNotOptimize(rb_funcall(t, RU::INTERN_TO_A, 0));
+  for (auto _ : state) benchmark::DoNotOptimize(rb_funcallv(t, RU::INTERN_TO_A, 0, nullptr));
 }
 
 void BM_transformation_to_value(benchmark::State& state) {
@@ -103,7 +103,7 @@ void BM_value_to_vector_point(benchmark::State& state) {
 
 void BM_floor_point_to_a(benchmark::State& state) {
   VALUE point = keep("$bench_p", eval_or_die("Geom::Point3d.new(1.5, -2.25, 3.125)"));
-  for (auto _ : state) benchmark::DoNotOptimize(rb_funcall(point, RU::INTERN_TO_A, 0));
+  for (auto _ : state) benchmark::DoNotOptimize(rb_funcallv(point, RU::INTERN_TO_A, 0, nullptr));
 }
 
 void BM_point_to_value(benchmark::State& state) {

@@ -5,6 +5,9 @@
 # Headers go flat into include/quillmark, which is how the sources include each other.
 # The interpreter is not exported with the targets: its paths belong to the machine that
 # built the package, so the config asks the consumer's Ruby again (QuillmarkRuby.cmake).
+# What is recorded is the Ruby ABI the static libraries were compiled for: they inline the
+# interpreter's object layouts and special constants, which differ between minor versions
+# (Qnil is 8 up to 3.1 and 4 from 3.2), so the config refuses a consumer built for another.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -36,10 +39,18 @@ configure_package_config_file(
   "${PROJECT_SOURCE_DIR}/cmake/QuillmarkConfig.cmake.in"
   "${PROJECT_BINARY_DIR}/QuillmarkConfig.cmake"
   INSTALL_DESTINATION ${QUILLMARK_INSTALL_CMAKEDIR})
+file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/QuillmarkRubyABI.cmake" @ONLY CONTENT [[
+# The Ruby this package was built for: a consumer must build for the same minor version and
+# platform.
+set(QUILLMARK_BUILT_RUBY_EXECUTABLE "@RUBY_EXECUTABLE@")
+set(QUILLMARK_BUILT_RUBY_VERSION "@RUBY_VERSION@")
+set(QUILLMARK_BUILT_RUBY_ABI "@RUBY_ABI@")
+]])
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/QuillmarkConfigVersion.cmake"
   COMPATIBILITY SameMinorVersion)
 install(FILES
   "${PROJECT_BINARY_DIR}/QuillmarkConfig.cmake"
   "${PROJECT_BINARY_DIR}/QuillmarkConfigVersion.cmake"
+  "${PROJECT_BINARY_DIR}/QuillmarkRubyABI.cmake"
   "${PROJECT_SOURCE_DIR}/cmake/QuillmarkRuby.cmake"
   DESTINATION ${QUILLMARK_INSTALL_CMAKEDIR})

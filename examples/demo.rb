@@ -28,11 +28,11 @@ module Desktop
 
   def self.load(library)
     dlload Fiddle.dlopen(library)
-    extern "void desktop_reset(void)"
+    extern "void desktop_reset()"
     extern "int desktop_add_window(int, unsigned int, long, int)"
-    extern "unsigned int desktop_key_window_number(void)"
+    extern "unsigned int desktop_key_window_number()"
     extern "long desktop_call_count(int)"
-    extern "long desktop_live_cf_objects(void)"
+    extern "long desktop_live_cf_objects()"
   end
 end
 
@@ -40,10 +40,10 @@ Window = Struct.new(:number, :name, :pid, :level, :flags) do
   def describe(own_pid)
     owner = pid == own_pid ? "this process" : "pid #{pid}"
     traits = []
-    traits << "off screen" if flags.nobits?(Desktop::ON_SCREEN)
-    traits << "desktop element" if flags.anybits?(Desktop::DESKTOP_ELEMENT)
-    traits << "no window object" if flags.nobits?(Desktop::KNOWN_TO_APP)
-    traits << (flags.anybits?(Desktop::TOOLBAR) ? "toolbar" : "no toolbar")
+    traits << "off screen" if (flags & Desktop::ON_SCREEN).zero?
+    traits << "desktop element" if (flags & Desktop::DESKTOP_ELEMENT).nonzero?
+    traits << "no window object" if (flags & Desktop::KNOWN_TO_APP).zero?
+    traits << ((flags & Desktop::TOOLBAR).nonzero? ? "toolbar" : "no toolbar")
     format("  #%-4d %-30s %-14s level %-3d %s", number, name, owner, level, traits.join(", "))
   end
 end

@@ -109,7 +109,7 @@ bool raised_as(VALUE error, VALUE expected) {
     std::fprintf(stderr, "nothing was raised\n");
   } else {
     VALUE const name = rb_class_name(rb_obj_class(error));
-    VALUE const message = rb_funcall(error, rb_intern("message"), 0);
+    VALUE const message = rb_funcallv(error, rb_intern("message"), 0, nullptr);
     std::fprintf(stderr, "raised %.*s: %.*s\n", static_cast<int>(RSTRING_LEN(name)),
                  RSTRING_PTR(name), static_cast<int>(RSTRING_LEN(message)), RSTRING_PTR(message));
   }
@@ -119,14 +119,14 @@ bool raised_as(VALUE error, VALUE expected) {
 bool is_utf8(VALUE string) { return rb_enc_get_index(string) == rb_utf8_encindex(); }
 
 std::vector<long> codepoints(VALUE string) {
-  VALUE const list = rb_funcall(string, rb_intern("codepoints"), 0);
+  VALUE const list = rb_funcallv(string, rb_intern("codepoints"), 0, nullptr);
   std::vector<long> out(static_cast<std::size_t>(RARRAY_LEN(list)));
   for (std::size_t i = 0; i < out.size(); ++i)
     out[i] = NUM2LONG(rb_ary_entry(list, static_cast<long>(i)));
   return out;
 }
 
-bool valid(VALUE string) { return RTEST(rb_funcall(string, rb_intern("valid_encoding?"), 0)); }
+bool valid(VALUE string) { return RTEST(rb_funcallv(string, rb_intern("valid_encoding?"), 0, nullptr)); }
 
 // value_to_wc_str against the interpreter's own reading of the same String.
 void check_wide(VALUE string) {

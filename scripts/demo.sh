@@ -6,7 +6,10 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 "$root/scripts/setup.sh"
 
 build="$root/build/demo"
-cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DQUILLMARK_BUILD_TESTS=OFF >/dev/null
+# QUILLMARK_RUBY=/path/to/bin/ruby runs the demo in that interpreter instead of `ruby`.
+ruby="${QUILLMARK_RUBY:-ruby}"
+cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DQUILLMARK_BUILD_TESTS=OFF \
+  -DRUBY_EXECUTABLE="$(command -v "$ruby")" >/dev/null
 cmake --build "$build" -j"$(nproc)" --target bin_Quillmark >/dev/null
 QUILLMARK_DESKTOP_LIB="$(find "$build" -name 'libquillmark_desktop.so' | head -n 1)" \
-  ruby -I "$build/lib" "$root/examples/demo.rb"
+  "$ruby" -I "$build/lib" "$root/examples/demo.rb"

@@ -30,7 +30,8 @@ done
 build="$root/build/fuzz"
 mkdir -p "$build"
 echo "== fuzz: configure and build (${build#$root/})"
-CC=clang CXX=clang++ cmake -S "$root/fuzz" -B "$build" >"$build/configure.log" 2>&1 ||
+CC=clang CXX=clang++ cmake -S "$root/fuzz" -B "$build" \
+  ${QUILLMARK_RUBY:+-DRUBY_EXECUTABLE="$QUILLMARK_RUBY"} >"$build/configure.log" 2>&1 ||
   { cat "$build/configure.log"; exit 1; }
 cmake --build "$build" -j"$(nproc)" --target "${targets[@]}"
 

@@ -5,6 +5,9 @@
 # Any failure stops the run with a non-zero exit.
 #
 #   scripts/test.sh [normal|asan|tsan|fuzz]...   (default: all four, in that order)
+#
+# QUILLMARK_RUBY=/path/to/bin/ruby builds and tests for that interpreter instead of the
+# `ruby` on the path (it must be built with --enable-shared).
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 "$root/scripts/setup.sh"
@@ -20,7 +23,8 @@ run_pass() {
   rm -rf "$build"
   mkdir -p "$build"
   cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUILLMARK_WERROR=ON \
-    -DQUILLMARK_SANITIZE="$sanitize" >"$build/configure.log" 2>&1 ||
+    -DQUILLMARK_SANITIZE="$sanitize" ${QUILLMARK_RUBY:+-DRUBY_EXECUTABLE="$QUILLMARK_RUBY"} \
+    >"$build/configure.log" 2>&1 ||
     { cat "$build/configure.log"; return 1; }
   cmake --build "$build" -j"$jobs" ${targets:+--target $targets}
   echo "== $name: tests"

@@ -95,6 +95,6 @@ extern "C" __attribute__((visibility("default"))) void Init_quillmark_consumer()
   // Fills the handle cache the conversions use; raises NameError without the host.
   RU::init_ruby();
   VALUE module = rb_define_module("QuillmarkConsumer");
-  rb_define_module_function(module, "transform_points", transform_points, 2);
-  rb_define_module_function(module, "double_attribute", double_attribute, 3);
+  rb_define_module_function(module, "transform_points", QM_METHOD_FUNC(transform_points), 2);
+  rb_define_module_function(module, "double_attribute", QM_METHOD_FUNC(double_attribute), 3);
 }

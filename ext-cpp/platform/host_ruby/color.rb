@@ -79,7 +79,7 @@ module Sketchup
     end
 
     def from_text(text)
-      return text[1, 6].scan(/../).map { |pair| pair.to_i(16) } if text.match?(/\A#\h{6}\z/)
+      return text[1, 6].scan(/../).map { |pair| pair.to_i(16) } if text =~ /\A#\h{6}\z/
 
       NAMED.fetch(text.downcase) { raise ArgumentError, "Unknown color name: #{text}" }
     end
@@ -87,8 +87,8 @@ module Sketchup
     # Integers are clamped to the byte range; Floats are read as 0.0 to 1.0 fractions.
     def channel(value)
       case value
-      when Integer then value.clamp(0, 255)
-      when Float then (value.clamp(0.0, 1.0) * 255).round
+      when Integer then [[value, 0].max, 255].min
+      when Float then ([[value, 0.0].max, 1.0].min * 255).round
       else raise TypeError, "no implicit conversion of #{value.nil? ? 'nil' : value.class} into Integer"
       end
     end

@@ -57,13 +57,13 @@ module HostStandin
       def out_ref(name, *args)
         out = Fiddle::Pointer.malloc(Fiddle::SIZEOF_VOIDP, Fiddle::RUBY_FREE)
         call!(name, *args, out)
-        out[0, Fiddle::SIZEOF_VOIDP].unpack1("J")
+        out.ptr.to_i
       end
 
       def entity_id(entity_address)
         out = Fiddle::Pointer.malloc(4, Fiddle::RUBY_FREE)
         call!(:SUEntityGetID, entity_address, out)
-        out[0, 4].unpack1("l")
+        out[0, 4].unpack("l").first
       end
 
       # Calls name and raises unless it answers SU_ERROR_NONE.
@@ -334,7 +334,8 @@ module Sketchup
         api.call!(:su_standin_dictionary_set, dictionary, "#{key}\0", typed_value)
       ensure
         handle = Fiddle::Pointer.malloc(Fiddle::SIZEOF_VOIDP, Fiddle::RUBY_FREE)
-        handle[0, Fiddle::SIZEOF_VOIDP] = [typed_value].pack("J")
+        # An unsigned long is pointer-sized on the 64-bit platforms the host runs on.
+        handle[0, Fiddle::SIZEOF_VOIDP] = [typed_value].pack("L!")
         api.call!(:SUTypedValueRelease, handle)
       end
       value

@@ -319,7 +319,7 @@ module Geom
 
     def polygon_at(index)
       polygon = @polygons[index - 1]
-      polygon && index.positive? ? polygon.dup : nil
+      polygon && index > 0 ? polygon.dup : nil
     end
 
     def polygons
@@ -328,7 +328,7 @@ module Geom
 
     def polygon_points_at(index)
       polygon = polygon_at(index)
-      polygon&.map { |i| point_at(i) }
+      polygon && polygon.map { |i| point_at(i) }
     end
   end
 end

@@ -39,7 +39,7 @@ module HostStandin
     def is_64bit=(value)
       @is_64bit = value
       singleton = Sketchup.singleton_class
-      singleton.send(:remove_method, :is_64bit?) if singleton.method_defined?(:is_64bit?, false)
+      singleton.send(:remove_method, :is_64bit?) if singleton.instance_methods(false).include?(:is_64bit?)
       return if value == :absent
 
       singleton.send(:define_method, :is_64bit?) { HostStandin.is_64bit }

@@ -57,11 +57,11 @@ struct InstanceCalls {
   static SUResult transform(Ref ref, SUTransformation* out) { return SUComponentInstanceGetTransform(ref, out); }
 };
 
-int32_t entity_id_of(VALUE entity) { return NUM2INT(rb_funcall(entity, INTERN_ENTITYID, 0)); }
+int32_t entity_id_of(VALUE entity) { return NUM2INT(rb_funcallv(entity, INTERN_ENTITYID, 0, nullptr)); }
 
 // The Ruby half of every finder. It may raise, so it runs before anything is allocated.
 void model_and_id_of(VALUE entity, SUModelRef* model, int32_t* id) {
-  vsu_to_csu_model(rb_funcall(entity, INTERN_MODEL, 0), model);
+  vsu_to_csu_model(rb_funcallv(entity, INTERN_MODEL, 0, nullptr), model);
   *id = entity_id_of(entity);
 }
 
@@ -188,7 +188,7 @@ SUResult vsu_to_csu_component_definition(VALUE definition, SUComponentDefinition
   SUModelRef model = SU_INVALID;
   int32_t id = 0;
   model_and_id_of(definition, &model, &id);
-  const bool group = rb_funcall(definition, INTERN_TGROUP, 0) == Qtrue;
+  const bool group = rb_funcallv(definition, INTERN_TGROUP, 0, nullptr) == Qtrue;
 
   size_t count = 0;
   SUResult result = group ? SUModelGetNumGroupDefinitions(model, &count)
@@ -227,18 +227,18 @@ SUResult csu_ent_def_tra_from_vsu_gci(VALUE gci, SUEntityRef* entity, SUComponen
 }
 
 VALUE vsu_get_definition(VALUE gci) {
-  if (is_component_instance(gci)) return rb_funcall(gci, INTERN_DEFINITION, 0);
-  if (SU_MAJOR_VERSION >= 14) return rb_funcall(rb_funcall(gci, INTERN_ENTITIES, 0), INTERN_PARENT, 0);
+  if (is_component_instance(gci)) return rb_funcallv(gci, INTERN_DEFINITION, 0, nullptr);
+  if (SU_MAJOR_VERSION >= 14) return rb_funcallv(rb_funcallv(gci, INTERN_ENTITIES, 0, nullptr), INTERN_PARENT, 0, nullptr);
 
   // Older hosts cannot answer a group's definition directly: find the group definition that
   // lists this very object among its instances.
-  const VALUE definitions = rb_funcall(rb_funcall(gci, INTERN_MODEL, 0), INTERN_DEFINITIONS, 0);
-  const unsigned long n = NUM2ULONG(rb_funcall(definitions, INTERN_LENGTH, 0));
+  const VALUE definitions = rb_funcallv(rb_funcallv(gci, INTERN_MODEL, 0, nullptr), INTERN_DEFINITIONS, 0, nullptr);
+  const unsigned long n = NUM2ULONG(rb_funcallv(definitions, INTERN_LENGTH, 0, nullptr));
   for (unsigned long i = 0; i < n; ++i) {
     const VALUE definition = rb_funcall(definitions, INTERN_AT, 1, ULONG2NUM(i));
-    if (rb_funcall(definition, INTERN_TGROUP, 0) == Qfalse) continue;
-    const VALUE instances = rb_funcall(definition, INTERN_INSTANCES, 0);
-    const unsigned long m = NUM2ULONG(rb_funcall(instances, INTERN_LENGTH, 0));
+    if (rb_funcallv(definition, INTERN_TGROUP, 0, nullptr) == Qfalse) continue;
+    const VALUE instances = rb_funcallv(definition, INTERN_INSTANCES, 0, nullptr);
+    const unsigned long m = NUM2ULONG(rb_funcallv(instances, INTERN_LENGTH, 0, nullptr));
     for (unsigned long j = 0; j < m; ++j) {
       if (rb_funcall(instances, INTERN_AT, 1, ULONG2NUM(j)) == gci) return definition;
     }

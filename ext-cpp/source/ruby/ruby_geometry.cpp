@@ -55,7 +55,7 @@ VALUE entry(VALUE array, long k) {
 // every 64-bit interpreter since flonums appeared.
 double to_double(VALUE number) {
 #if USE_FLONUM
-  if (RB_FLONUM_P(number)) {
+  if (FLONUM_P(number)) {
     constexpr VALUE POSITIVE_ZERO = VALUE{1} << 63 | 0x02;
     if (number == POSITIVE_ZERO) return 0.0;
     VALUE bits = (2 - (number >> 63)) | (number & ~VALUE{0x03});
@@ -65,14 +65,14 @@ double to_double(VALUE number) {
     return d;
   }
 #endif
-  if (RB_FIXNUM_P(number)) return static_cast<double>(FIX2LONG(number));
+  if (FIXNUM_P(number)) return static_cast<double>(FIX2LONG(number));
   return rb_num2dbl(number);
 }
 
 // The Array that `to_a` answered; refuses an answer that is no Array rather than read it
 // as one.
 VALUE checked_to_a(VALUE value) {
-  VALUE array = rb_funcall(value, INTERN_TO_A, 0);
+  VALUE array = rb_funcallv(value, INTERN_TO_A, 0, nullptr);
   Check_Type(array, T_ARRAY);
   return array;
 }
@@ -160,9 +160,9 @@ void value_to_vector2(VALUE value, Geom::Vector3& out, double factor) {
     z = entry(array, 2);
     RB_GC_GUARD(array);
   } else {
-    x = rb_funcall(value, INTERN_X, 0);
-    y = rb_funcall(value, INTERN_Y, 0);
-    z = rb_funcall(value, INTERN_Z, 0);
+    x = rb_funcallv(value, INTERN_X, 0, nullptr);
+    y = rb_funcallv(value, INTERN_Y, 0, nullptr);
+    z = rb_funcallv(value, INTERN_Z, 0, nullptr);
   }
   // rb_num2dbl may call to_f on an exotic Numeric, which can collect garbage: the three
   // components must stay visible to the collector until all are read.
@@ -185,9 +185,9 @@ bool value_to_vector_safe(VALUE value, Geom::Vector3& out) {
     return true;
   }
   if (is_kind_of(value, SU_POINT3D) || is_kind_of(value, SU_VECTOR3D)) {
-    out.x = to_double(rb_funcall(value, INTERN_X, 0));
-    out.y = to_double(rb_funcall(value, INTERN_Y, 0));
-    out.z = to_double(rb_funcall(value, INTERN_Z, 0));
+    out.x = to_double(rb_funcallv(value, INTERN_X, 0, nullptr));
+    out.y = to_double(rb_funcallv(value, INTERN_Y, 0, nullptr));
+    out.z = to_double(rb_funcallv(value, INTERN_Z, 0, nullptr));
     return true;
   }
   return false;
@@ -248,16 +248,16 @@ void value_to_bb2(VALUE value, Geom::BoundingBox3& out, double factor) {
   if (!is_kind_of(value, SU_BOUNDING_BOX)) {
     rb_raise(rb_eTypeError, "Expected %" PRIsVALUE, rb_class_name(SU_BOUNDING_BOX));
   }
-  value_to_vector2(rb_funcall(value, INTERN_MIN, 0), out.min, factor);
-  value_to_vector2(rb_funcall(value, INTERN_MAX, 0), out.max, factor);
+  value_to_vector2(rb_funcallv(value, INTERN_MIN, 0, nullptr), out.min, factor);
+  value_to_vector2(rb_funcallv(value, INTERN_MAX, 0, nullptr), out.max, factor);
 }
 
 void value_to_color(VALUE value, Geom::Color& out) {
   VALUE color = coerce(value, SU_COLOR);
-  out.r = static_cast<unsigned char>(NUM2INT(rb_funcall(color, INTERN_RED, 0)));
-  out.g = static_cast<unsigned char>(NUM2INT(rb_funcall(color, INTERN_GREEN, 0)));
-  out.b = static_cast<unsigned char>(NUM2INT(rb_funcall(color, INTERN_BLUE, 0)));
-  out.a = static_cast<unsigned char>(NUM2INT(rb_funcall(color, INTERN_ALPHA, 0)));
+  out.r = static_cast<unsigned char>(NUM2INT(rb_funcallv(color, INTERN_RED, 0, nullptr)));
+  out.g = static_cast<unsigned char>(NUM2INT(rb_funcallv(color, INTERN_GREEN, 0, nullptr)));
+  out.b = static_cast<unsigned char>(NUM2INT(rb_funcallv(color, INTERN_BLUE, 0, nullptr)));
+  out.a = static_cast<unsigned char>(NUM2INT(rb_funcallv(color, INTERN_ALPHA, 0, nullptr)));
   RB_GC_GUARD(color);
 }
 

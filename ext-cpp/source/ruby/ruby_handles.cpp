@@ -492,12 +492,12 @@ void vsu_init_ruby() {
   for (ClassRow const& row : CLASS_TABLE) look_up(row);
   for (InternRow const& row : INTERN_TABLE) *row.slot = rb_intern(row.name);
 
-  VALUE version = rb_funcall(rb_funcall(SU_SKETCHUP, INTERN_VERSION, 0), INTERN_TO_I, 0);
+  VALUE version = rb_funcallv(rb_funcallv(SU_SKETCHUP, INTERN_VERSION, 0, nullptr), INTERN_TO_I, 0, nullptr);
   SU_MAJOR_VERSION = NUM2INT(version);
 
   // Only the value true counts; a host without the method is a 32-bit one.
   SU_IS_64BIT = rb_respond_to(SU_SKETCHUP, INTERN_IS_64BIT) == 1 &&
-                rb_funcall(SU_SKETCHUP, INTERN_IS_64BIT, 0) == Qtrue;
+                rb_funcallv(SU_SKETCHUP, INTERN_IS_64BIT, 0, nullptr) == Qtrue;
 
   for (FacePointRow const& row : FACE_POINT_TABLE) {
     VALUE value = SU_MAJOR_VERSION < FACE_POINT_CONSTANTS_SINCE

@@ -13,6 +13,17 @@
 // ruby_encoding_lib.h, in .cpp files only.
 
 #include <ruby.h>
+#include <ruby/version.h>
+
+// Method functions for rb_define_method and its kin, of any arity. Up to 2.6 the
+// interpreter's headers declare that parameter as VALUE (*)(ANYARGS), which C++ accepts
+// only through a cast; from 2.7 they take the typed pointer, check it against the arity,
+// and deprecate the cast.
+#if RUBY_API_VERSION_CODE < 20700
+#define QM_METHOD_FUNC(function) RUBY_METHOD_FUNC(function)
+#else
+#define QM_METHOD_FUNC(function) (function)
+#endif
 
 #ifdef close
 #undef close

@@ -33,6 +33,35 @@ endif()
 string(REPLACE "|" ";" ruby_env "${RUBY_ENV}")
 
 step(${CMAKE_COMMAND} --install "${BUILD_DIR}" --prefix "${prefix}" --config "${CONFIG}")
+
+# An install recorded for another Ruby (the next minor version, as an upgraded host would
+# have) must refuse this consumer when it is configured, naming both Rubies.
+set(abi_file "${prefix}/lib/cmake/Quillmark/QuillmarkRubyABI.cmake")
+file(READ "${abi_file}" recorded)
+string(REGEX MATCH "QUILLMARK_BUILT_RUBY_ABI \"([0-9]+)\\.([0-9]+) \\(([^)]*)\\)\"" found "${recorded}")
+if(NOT found)
+  message(FATAL_ERROR "no Ruby ABI recorded in ${abi_file}:\n${recorded}")
+endif()
+set(own_abi "${CMAKE_MATCH_1}.${CMAKE_MATCH_2} (${CMAKE_MATCH_3})")
+math(EXPR other_minor "${CMAKE_MATCH_2} + 1")
+set(other_abi "${CMAKE_MATCH_1}.${other_minor} (${CMAKE_MATCH_3})")
+string(REPLACE "\"${own_abi}\"" "\"${other_abi}\"" altered "${recorded}")
+file(WRITE "${abi_file}" "${altered}")
+execute_process(COMMAND ${CMAKE_COMMAND} -S "${CONSUMER_SOURCE}" -B "${WORK_DIR}/refused"
+                "-DCMAKE_PREFIX_PATH=${prefix}" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
+                RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+file(WRITE "${abi_file}" "${recorded}")
+string(REGEX REPLACE "[ \t\r\n]+" " " said "${out}${err}")
+if(rc EQUAL 0)
+  message(FATAL_ERROR "a consumer for Ruby ${own_abi} was accepted by an install for ${other_abi}")
+endif()
+foreach(abi "${own_abi}" "${other_abi}")
+  string(FIND "${said}" "Ruby ${abi}" at)
+  if(at LESS 0)
+    message(FATAL_ERROR "the refusal does not name Ruby ${abi}:\n${out}${err}")
+  endif()
+endforeach()
+message(STATUS "refused as expected: ${said}")
 # The build tree is not on the search path: the consumer must find everything in the prefix.
 step(${CMAKE_COMMAND} -S "${CONSUMER_SOURCE}" -B "${consumer_build}"
      "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_BUILD_TYPE=${CONFIG}"

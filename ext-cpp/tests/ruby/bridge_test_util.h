@@ -26,6 +26,20 @@ inline int rounds(int normal) {
   return stress ? (normal / 10 > 5 ? normal / 10 : 5) : normal;
 }
 
+/// What the interpreter itself raises, as "Class: message", when `method` is called on the
+/// value of `receiver` from Ruby code. Where a conversion passes the interpreter's own error
+/// through, tests compare with this: the wording differs between versions (2.2 to 3.4),
+/// while the library's own messages are compared literally.
+inline std::string interpreter_error(const char* receiver, const char* method) {
+  return raised(("(" + std::string(receiver) + ")." + method).c_str());
+}
+
+/// What rb_num2dbl raises for the value of `ruby_code`, in this interpreter's words.
+inline std::string float_conversion_error(const char* ruby_code) {
+  VALUE value = eval(ruby_code);
+  return raised_by([&] { rb_num2dbl(value); });
+}
+
 /// The raw bytes of a Ruby String.
 inline std::string bytes_of(VALUE string) {
   return std::string(RSTRING_PTR(string), static_cast<size_t>(RSTRING_LEN(string)));

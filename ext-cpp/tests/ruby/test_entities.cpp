@@ -69,7 +69,7 @@ int32_t sdk_id(SUEntityRef entity) {
   return id;
 }
 
-int32_t ruby_id(VALUE entity) { return NUM2INT(rb_funcall(entity, rb_intern("entityID"), 0)); }
+int32_t ruby_id(VALUE entity) { return NUM2INT(rb_funcallv(entity, rb_intern("entityID"), 0, nullptr)); }
 
 VALUE global(const char* name) { return rb_gv_get(name); }
 
@@ -199,7 +199,7 @@ TEST_F(EntityFinders, EveryPlacementOfARandomModelComesBackWithItsDefinitionAndT
     EXPECT_EQ(sdk_id(SUComponentDefinitionToEntity(definition)), ruby_id(ruby_definition)) << "placement " << i;
 
     // The matrix is copied, not computed: every element comes through bit for bit.
-    const VALUE values = rb_funcall(rb_funcall(placement, rb_intern("transformation"), 0), rb_intern("to_a"), 0);
+    const VALUE values = rb_funcallv(rb_funcallv(placement, rb_intern("transformation"), 0, nullptr), rb_intern("to_a"), 0, nullptr);
     const double* copied = &transformation.x_axis.x;
     for (long k = 0; k < 16; ++k) {
       EXPECT_EQ(copied[k], NUM2DBL(rb_ary_entry(values, k))) << "placement " << i << " element " << k;

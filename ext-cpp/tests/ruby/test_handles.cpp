@@ -416,10 +416,9 @@ TEST_F(HandleCache, MissingGlConstantStopsTheFillThere) {
 TEST_F(HandleCache, HandlesSurviveCompaction) {
   // Compaction moves every object nothing pins; a handle only a C global points to would
   // then name freed or foreign memory.
-  qmtest::eval("GC.compact");
-  qmtest::eval("GC.verify_compaction_references(double_heap: true, toward: :empty)");
+  if (!qmtest::compact_and_verify()) GTEST_SKIP() << "this interpreter does not compact";
   expect_classes_are_the_constants();
-  VALUE name = rb_funcall(RU::SU_COLOR, rb_intern("name"), 0);
+  VALUE name = rb_funcallv(RU::SU_COLOR, rb_intern("name"), 0, nullptr);
   EXPECT_TRUE(RTEST(rb_equal(name, qmtest::eval("'Sketchup::Color'"))));
 }
 

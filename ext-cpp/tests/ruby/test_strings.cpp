@@ -142,13 +142,15 @@ TEST(StringsValueToWide, ConvertsThroughToStrAndRefusesTheRest) {
 
   // Broken byte sequences at the start, in the middle and cut short at the end: the array
   // that would have held the result must not leak (the leak-check run sees to that).
+  // What is no String is refused as String#+ refuses it, in this interpreter's words.
+  for (const char* expression : {"nil", "true", "10**400", ":sym", "{}", "Object.new"}) {
+    std::string error;
+    std::string const expected = qmtest::raised(("'' + " + std::string(expression)).c_str());
+    ASSERT_EQ(expected.rfind("TypeError: no implicit conversion", 0), 0u) << expected;
+    EXPECT_TRUE(wide_of(eval(expression), error).empty()) << expression;
+    EXPECT_EQ(error, expected) << expression;
+  }
   const char* bad[][2] = {
-      {"nil", "TypeError: no implicit conversion of nil into String"},
-      {"true", "TypeError: no implicit conversion of true into String"},
-      {"10**400", "TypeError: no implicit conversion of Integer into String"},
-      {":sym", "TypeError: no implicit conversion of Symbol into String"},
-      {"{}", "TypeError: no implicit conversion of Hash into String"},
-      {"Object.new", "TypeError: no implicit conversion of Object into String"},
       {"\"\\xFFabc\".force_encoding('UTF-8')", "ArgumentError: invalid byte sequence in UTF-8"},
       {"\"ab\\xC3(cd\".force_encoding('UTF-8')", "ArgumentError: invalid byte sequence in UTF-8"},
       {"\"abc\\xE3\\x81\".force_encoding('UTF-8')", "ArgumentError: invalid byte sequence in UTF-8"},
@@ -198,5 +200,7 @@ TEST(ArrayDeleteFirst, MatchesByIdentityAndRefusesWhatIsNotAnArray) {
   // A frozen Array is the interpreter's to refuse, and only when something would change.
   VALUE frozen = let("$a", eval("[1, 2].freeze"));
   EXPECT_EQ(RU::array_delete_first(frozen, INT2FIX(3)), Qnil);
-  EXPECT_EQ(raised_by([&] { RU::array_delete_first(frozen, INT2FIX(2)); }).rfind("FrozenError", 0), 0u);
+  std::string const refusal = qmtest::raised("[1, 2].freeze.delete_at(1)");  // FrozenError from 2.5
+  ASSERT_NE(refusal.find("frozen"), std::string::npos) << refusal;
+  EXPECT_EQ(raised_by([&] { RU::array_delete_first(frozen, INT2FIX(2)); }), refusal);
 }

@@ -6,7 +6,8 @@
 // tests on the interpreter's thread.
 //
 // Environment switches: QM_GC_STRESS=1 sets GC.stress = true for the whole run;
-// QM_GC_COMPACT=1 compacts the heap (and verifies references) after every test;
+// QM_GC_COMPACT=1 compacts the heap (and verifies references) after every test, where the
+// interpreter can compact;
 // QM_HOST=none starts the interpreter bare: no host stand-in, the cache left unfilled.
 
 #include <string>
@@ -32,6 +33,10 @@ std::string raised(const char* ruby_code);
 /// "Class: message" of the pending exception ($!) after rb_protect reported a non-zero
 /// state, and clears it. A state without an exception (throw/break) is described as such.
 std::string take_exception(int state);
+
+/// Compacts the heap and has the interpreter check every reference into it; false, doing
+/// nothing, on an interpreter that cannot compact (before 2.7).
+bool compact_and_verify();
 
 /// Runs f() under rb_protect: "" if it returned, "Class: message" if it raised. No C++
 /// object with a destructor may be live inside f across a call that can raise.
