@@ -25,6 +25,13 @@
 #define QM_METHOD_FUNC(function) (function)
 #endif
 
+// Up to 2.6, rb_intern is a macro that caches the ID of a literal in a statement expression
+// whose parenthesis and brace come from different macros, which clang reports at every use
+// (-Wcompound-token-split-by-macro). The function answers the same ID; the library interns
+// only while it fills its cache.
+#if RUBY_API_VERSION_CODE < 20700 && defined(rb_intern)
+#undef rb_intern
+#endif
 #ifdef close
 #undef close
 #endif
