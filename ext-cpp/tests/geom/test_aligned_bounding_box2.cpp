@@ -63,6 +63,16 @@ TEST(AlignedBoundingBox2, QuarterTurnFrame) {
   expect_near(b.corner(0), Vector2(3, 0));
   b.local_shift_self(Vector2(1, 0));
   expect_near(b.corner(0), Vector2(3, 1));
+
+  // Arguments that are the box's own corners are read before the box changes.
+  AlignedBoundingBox2 self = b;
+  self.local_shift_self(self.min);
+  for (unsigned long k = 0; k < 4; ++k) expect_near(self.corner(k), b.local_shift(b.min).corner(k));
+  AlignedBoundingBox2 inverted = box(0.0, Vector2(0, 0), Vector2(2, 1)).scale(-1.0);
+  AlignedBoundingBox2 grown = inverted;
+  grown.add(grown);
+  expect_near(grown.min, Vector2(0, 0));
+  expect_near(grown.max, Vector2(2, 1));
 }
 
 TEST(AlignedBoundingBox2, CornerIndexOutOfRangeThrows) {

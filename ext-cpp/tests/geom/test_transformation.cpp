@@ -312,6 +312,18 @@ TEST(Transformation, NormalizeCopyMatchesInPlace) {
   expect_near(with_weight(w, 1e-6).normalize().origin, Vector3(4, 4, 4), 0.0);
 }
 
+// An argument may be one of the object's own columns: every in-place form reads it whole
+// before it writes anything.
+TEST(Transformation, InPlaceFormsTakeTheirArgumentBeforeWriting) {
+  Transformation const t(Vector3(3, 4, 0), Vector3(0, 3, 0), Vector3(0, 0, 4), Vector3(1, 2, 5));
+  Transformation a = t;
+  a.scale_axes_self(a.x_axis);
+  expect_elements(a, {9, 12, 0, 0, 0, 12, 0, 0, 0, 0, 0, 0, 1, 2, 5, 1});
+  a = t;
+  a.scale(a.x_axis);
+  expect_near(a, Transformation(Vector3(1.8, 2.4, 0), Vector3(0, 4, 0), Vector3(), Vector3(1, 2, 5)));
+}
+
 TEST(Transformation, ScaleAxesAndWeight) {
   Transformation t(Vector4(1, 0, 0, 0.5), Vector4(0, 1, 0, 0.25), Vector4(0, 0, 1, 0.125),
                    Vector4(4, 4, 4, 2));
