@@ -98,7 +98,8 @@ void points_on_circle(unsigned long count, double radius, double start_angle, Ve
 /// Writes count + 1 points from start_angle to end_angle inclusive on the circle of the
 /// given radius around the origin in the plane z = 0, evenly spaced; the last lies at
 /// end_angle up to the rounding of the accumulated steps. out must hold count + 1 points;
-/// count 0 writes the single point at start_angle.
+/// count 0 writes the single point at start_angle, raising no floating-point flag. The
+/// largest count, ULONG_MAX, writes nothing: no array holds count + 1 points.
 void points_on_arc(unsigned long count, double radius, double start_angle, double end_angle,
                    Vector3* out);
 
