@@ -40,6 +40,12 @@ TEST(InvSqrt, ReferenceValuesAndErrorBound) {
     double const exact_f = 1.0 / std::sqrt(static_cast<double>(xf));
     EXPECT_LT(std::fabs(Geom::inv_sqrt(xf) - exact_f) / exact_f, 0.0018) << xf;
   }
+  // The bound ends with the normal range: the smallest normals keep it, subnormals do not.
+  double const dmin = std::numeric_limits<double>::min();
+  float const fmin = std::numeric_limits<float>::min();
+  EXPECT_LT(std::fabs(Geom::inv_sqrt(dmin) * std::sqrt(dmin) - 1.0), 0.0018);
+  EXPECT_LT(std::fabs(Geom::inv_sqrt(fmin) * std::sqrt(double{fmin}) - 1.0), 0.0018);
+  EXPECT_NEAR(Geom::inv_sqrt(1e-310) * std::sqrt(1e-310), 0.14, 0.01);
 }
 
 // The argument is not checked, so a negative one must at least be defined behaviour: the
