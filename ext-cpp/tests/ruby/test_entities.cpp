@@ -339,6 +339,40 @@ TEST_F(EntityFinders, EveryFailingCallOfTheGroupPartsIsPassedOn) {
   expect_every_parts_failure_passed_on("$g3", {"SUGroupGetDefinition", "SUGroupGetTransform", "SUEntityGetID"});
 }
 
+// A model larger than memory: each count the walk reads, in turn, is one no allocation can
+// hold (its byte size overflows, or malloc answers null). The finders answer
+// RU::ALLOCATION_FAILED and leave their outputs alone instead of ending the host.
+TEST_F(EntityFinders, CountsNoMemoryHoldsFailWithoutTouchingOutputs) {
+  const size_t sizes[] = {SIZE_MAX / 2, size_t{1} << 58};
+  SUGroupRef group = SU_INVALID;
+  for (const char* function :
+       {"SUEntitiesGetNumGroups", "SUModelGetNumGroupDefinitions", "SUModelGetNumComponentDefinitions"}) {
+    su_standin_reset();
+    ASSERT_EQ(RU::vsu_to_csu_group(global("$in_chair"), &group), SU_ERROR_NONE);
+    const size_t calls = su_standin_calls(function);
+    for (size_t nth = 1; nth <= calls; ++nth) {
+      for (size_t size : sizes) {
+        su_standin_reset();
+        su_standin_report_size(function, size, nth);
+        group = sentinel<SUGroupRef>();
+        EXPECT_EQ(RU::vsu_to_csu_group(global("$in_chair"), &group), RU::ALLOCATION_FAILED) << function << nth;
+        EXPECT_EQ(group.ptr, sentinel<SUGroupRef>().ptr);
+      }
+    }
+  }
+  su_standin_reset();
+  su_standin_report_size("SUModelGetNumComponentDefinitions", sizes[1], 1);
+  SUComponentDefinitionRef definition = sentinel<SUComponentDefinitionRef>();
+  EXPECT_EQ(RU::vsu_to_csu_component_definition(global("$chair"), &definition), RU::ALLOCATION_FAILED);
+  EXPECT_EQ(definition.ptr, sentinel<SUComponentDefinitionRef>().ptr);
+  su_standin_reset();
+  su_standin_report_size("SUEntitiesGetNumInstances", sizes[0], 0);
+  SUEntityRef entity = sentinel<SUEntityRef>();
+  EXPECT_EQ(RU::vsu_to_csu_gci_entity(global("$ci_top"), &entity), RU::ALLOCATION_FAILED);
+  EXPECT_EQ(entity.ptr, sentinel<SUEntityRef>().ptr);
+  su_standin_reset();
+}
+
 TEST_F(EntityFinders, GciEntityTakesTheInstancePathOnlyForComponentInstances) {
   SUEntityRef entity = SU_INVALID;
   ASSERT_EQ(RU::vsu_to_csu_gci_entity(global("$ci_deep"), &entity), SU_ERROR_NONE);
