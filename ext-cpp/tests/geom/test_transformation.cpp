@@ -19,10 +19,6 @@ using geom_test::expect_near;
 using geom_test::kPi;
 using geom_test::up;
 
-void expect_near(Transformation const& a, Transformation const& b, double tol = 1e-12) {
-  for (int k = 0; k < 16; ++k) EXPECT_NEAR(a.data()[k], b.data()[k], tol) << "element " << k;
-}
-
 void expect_elements(Transformation const& t, std::initializer_list<double> m) {
   int k = 0;
   for (double e : m) EXPECT_EQ(t.data()[k++], e) << "element " << k - 1;

@@ -87,14 +87,6 @@ TEST(ParallelDispatcher, PartitionsLikeTheWorkedTable) {
   }
 }
 
-TEST(ParallelDispatcher, EmptyRangeCallsNothing) {
-  ParallelDispatcher dispatcher(3);
-  Recorder recorder;
-  dispatcher.distribute_task(&Recorder::record, 0, 0, &recorder);
-  dispatcher.distribute_task(&Recorder::record, 12345, 12345, &recorder);
-  EXPECT_TRUE(recorder.slices.empty());
-}
-
 TEST(ParallelDispatcher, SlicesCoverRandomRangesExactlyOnce) {
   std::mt19937_64 rng(7031);
   std::uniform_int_distribution<unsigned long> start(0, 1ul << 40);
