@@ -171,13 +171,14 @@ const Stored kStored[] = {
 };
 
 // Sizes no allocation can hold (the byte size overflows, SIZE_MAX's terminator wraps it to
-// 0, or malloc answers null): RU::ALLOCATION_FAILED, outputs untouched (a string output null),
-// where the readers used to end the host.
+// 0, or malloc answers null for 2^61 bytes): RU::ALLOCATION_FAILED, outputs untouched (a
+// string output null), where the readers used to end the host. Sizes at or above 2^63 would
+// reach malloc only as "negative" requests, which valgrind reports as errors.
 TEST_F(Attributes, SizesNoMemoryHoldsFailWithoutTouchingOutputs) {
   add("quill", "k", 1);
   Value text;
   SUTypedValueSetString(text.ref(), "text");
-  for (size_t size : {SIZE_MAX, SIZE_MAX / 2, size_t{1} << 61}) {
+  for (size_t size : {SIZE_MAX, size_t{1} << 61}) {
     su_standin_reset();
     su_standin_report_size("SUEntityGetNumAttributeDictionaries", size, 0);
     SUAttributeDictionaryRef found = SU_INVALID;
