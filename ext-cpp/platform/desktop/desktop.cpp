@@ -244,6 +244,7 @@ CFArrayRef CGWindowListCopyWindowInfo(CGWindowListOption option, CGWindowID rela
 boolean_t CGCursorIsVisible(void) {
   auto& s = state();
   Lock lock(s.mutex);
+  ++s.calls[DESKTOP_CALL_CURSOR_IS_VISIBLE];
   return s.cursor_hide_count == 0;
 }
 

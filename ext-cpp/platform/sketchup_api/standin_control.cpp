@@ -16,6 +16,9 @@ struct Site {
   size_t fail_at;  // the call number that fails; 0 with armed set means every call
   SUResult code;
   bool armed;
+  size_t size;     // the size reported instead of the true one, when size_pending is set
+  size_t size_at;  // the call number that reports it; 0 means every call
+  bool size_pending;
 };
 
 constexpr unsigned kFunctionCount = static_cast<unsigned>(Fn::Count);
@@ -48,9 +51,26 @@ SUResult enter(Fn function) {
   return SU_ERROR_NONE;
 }
 
+SUResult report_size(Fn function, SUResult result, size_t* size) {
+  Site& site = sites[static_cast<unsigned>(function)];
+  if (result == SU_ERROR_NONE && site.size_pending && (site.size_at == 0 || site.size_at == site.calls)) {
+    *size = site.size;
+  }
+  return result;
+}
+
 }  // namespace standin
 
 extern "C" {
+
+int su_standin_report_size(const char* function, size_t size, size_t nth) {
+  standin::Site* site = standin::find_site(function);
+  if (site == nullptr) return 0;
+  site->size = size;
+  site->size_at = nth == 0 ? 0 : site->calls + nth;
+  site->size_pending = true;
+  return 1;
+}
 
 int su_standin_fail(const char* function, SUResult code, size_t nth) {
   standin::Site* site = standin::find_site(function);

@@ -169,6 +169,9 @@ enum class Fn : unsigned {
 
 // Counts the call and answers the injected code, or SU_ERROR_NONE to go on.
 SUResult enter(Fn function);
+// A size function's result: when the call succeeded and su_standin_report_size asked for it
+// on this call, *size becomes the size set there; result passes through.
+SUResult report_size(Fn function, SUResult result, size_t* size);
 
 extern size_t live_strings;
 extern size_t live_typed_values;

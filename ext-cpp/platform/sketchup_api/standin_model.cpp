@@ -106,7 +106,7 @@ SUResult SUModelGetEntities(SUModelRef model, SUEntitiesRef* entities) {
 
 SUResult SUModelGetNumGroupDefinitions(SUModelRef model, size_t* count) {
   STANDIN_ENTER(SUModelGetNumGroupDefinitions);
-  return standin::count_member(model.ptr, &Model::group_definitions, count);
+  return standin::report_size(standin::Fn::SUModelGetNumGroupDefinitions, standin::count_member(model.ptr, &Model::group_definitions, count), count);
 }
 
 SUResult SUModelGetGroupDefinitions(SUModelRef model, size_t len, SUComponentDefinitionRef definitions[],
@@ -117,7 +117,7 @@ SUResult SUModelGetGroupDefinitions(SUModelRef model, size_t len, SUComponentDef
 
 SUResult SUModelGetNumComponentDefinitions(SUModelRef model, size_t* count) {
   STANDIN_ENTER(SUModelGetNumComponentDefinitions);
-  return standin::count_member(model.ptr, &Model::component_definitions, count);
+  return standin::report_size(standin::Fn::SUModelGetNumComponentDefinitions, standin::count_member(model.ptr, &Model::component_definitions, count), count);
 }
 
 SUResult SUModelGetComponentDefinitions(SUModelRef model, size_t len, SUComponentDefinitionRef definitions[],
@@ -128,7 +128,7 @@ SUResult SUModelGetComponentDefinitions(SUModelRef model, size_t len, SUComponen
 
 SUResult SUEntitiesGetNumGroups(SUEntitiesRef entities, size_t* count) {
   STANDIN_ENTER(SUEntitiesGetNumGroups);
-  return standin::count_member(entities.ptr, &Entities::groups, count);
+  return standin::report_size(standin::Fn::SUEntitiesGetNumGroups, standin::count_member(entities.ptr, &Entities::groups, count), count);
 }
 
 SUResult SUEntitiesGetGroups(SUEntitiesRef entities, size_t len, SUGroupRef groups[], size_t* count) {
@@ -138,7 +138,7 @@ SUResult SUEntitiesGetGroups(SUEntitiesRef entities, size_t len, SUGroupRef grou
 
 SUResult SUEntitiesGetNumInstances(SUEntitiesRef entities, size_t* count) {
   STANDIN_ENTER(SUEntitiesGetNumInstances);
-  return standin::count_member(entities.ptr, &Entities::instances, count);
+  return standin::report_size(standin::Fn::SUEntitiesGetNumInstances, standin::count_member(entities.ptr, &Entities::instances, count), count);
 }
 
 SUResult SUEntitiesGetInstances(SUEntitiesRef entities, size_t len, SUComponentInstanceRef instances[],
@@ -158,7 +158,7 @@ SUResult SUEntityGetID(SUEntityRef entity, int32_t* entity_id) {
 
 SUResult SUEntityGetNumAttributeDictionaries(SUEntityRef entity, size_t* count) {
   STANDIN_ENTER(SUEntityGetNumAttributeDictionaries);
-  return standin::count_member(entity.ptr, &Entity::dictionaries, count);
+  return standin::report_size(standin::Fn::SUEntityGetNumAttributeDictionaries, standin::count_member(entity.ptr, &Entity::dictionaries, count), count);
 }
 
 SUResult SUEntityGetAttributeDictionaries(SUEntityRef entity, size_t len,

@@ -121,7 +121,7 @@ SUResult SUStringGetUTF8Length(SUStringRef string, size_t* out_length) {
   if (object == nullptr) return SU_ERROR_INVALID_INPUT;
   if (out_length == nullptr) return SU_ERROR_NULL_POINTER_OUTPUT;
   *out_length = object->utf8.size();
-  return SU_ERROR_NONE;
+  return standin::report_size(standin::Fn::SUStringGetUTF8Length, SU_ERROR_NONE, out_length);
 }
 
 SUResult SUStringGetUTF8(SUStringRef string, size_t char_array_length, char* out_char_array,

@@ -37,6 +37,8 @@ bool is_cursor_visible(void) { return CGCursorIsVisible() != 0; }
 bool show_cursor(bool show) {
   bool visible = CGCursorIsVisible() != 0;
   if (visible == show) return visible;
+  // Asked again before the first call: another process may have changed the cursor since.
+  visible = CGCursorIsVisible() != 0;
   for (int calls = 0; visible != show && calls < SHOW_CURSOR_MAX_CALLS; ++calls) {
     if (show)
       CGDisplayShowCursor(MAIN_DISPLAY);

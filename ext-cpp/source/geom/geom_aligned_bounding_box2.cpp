@@ -25,7 +25,8 @@ AlignedBoundingBox2& AlignedBoundingBox2::local_add(Vector2 const& l) noexcept {
   return *this;
 }
 
-AlignedBoundingBox2& AlignedBoundingBox2::add(AlignedBoundingBox2 const& other) noexcept {
+AlignedBoundingBox2& AlignedBoundingBox2::add(AlignedBoundingBox2 const& other_) noexcept {
+  AlignedBoundingBox2 const other = other_;  // other may be this box, which changes below
   for (unsigned long k = 0; k < 4; ++k) {
     add(other.to_world(other.local_corner(k)));
   }
@@ -67,7 +68,8 @@ AlignedBoundingBox2& AlignedBoundingBox2::pad_self(double d) noexcept {
   return *this;
 }
 
-AlignedBoundingBox2& AlignedBoundingBox2::local_shift_self(Vector2 const& v) noexcept {
+AlignedBoundingBox2& AlignedBoundingBox2::local_shift_self(Vector2 const& v_) noexcept {
+  Vector2 const v = v_;  // v may be this box's own min
   min += v;
   max += v;
   return *this;

@@ -85,8 +85,10 @@ struct AlignedBoundingBox2 {
   /// All four world corners of other strictly inside; false when this box is empty.
   bool contains(AlignedBoundingBox2 const& other) const noexcept;
   /// Whether the rectangles overlap, for any two angles: a corner of one inside the other,
-  /// or two edges crossing. Boxes that only touch along a side may come out as apart; an
-  /// empty box intersects no box lying within ±1e15 of the origin.
+  /// or two edges crossing. Boxes that only touch along a side may come out as apart. An
+  /// empty box is the square of half-side 1e15 turned by its angle, so its sides pass as
+  /// close as 1e15 to the origin: it intersects no box whose corners all lie within 9e14 of
+  /// the origin (a distance, not each coordinate: (9e14, 9e14) is 1.27e15 away).
   bool intersects(AlignedBoundingBox2 const& other) const noexcept;
 
  private:

@@ -16,7 +16,10 @@ double component(Vector3 const& v, int axis) noexcept {
 
 }  // namespace
 
-BoundingBox3& BoundingBox3::add(Vector3 const& lo, Vector3 const& hi) noexcept {
+BoundingBox3& BoundingBox3::add(Vector3 const& lo_, Vector3 const& hi_) noexcept {
+  // Copies first: hi may be this box's own min, which the first three lines can lower.
+  Vector3 const lo = lo_;
+  Vector3 const hi = hi_;
   if (lo.x < min.x) min.x = lo.x;
   if (lo.y < min.y) min.y = lo.y;
   if (lo.z < min.z) min.z = lo.z;

@@ -87,7 +87,9 @@ struct BoundingBox3 {
   /// which its component is 1e-6 or less (absolute) are not tested.
   bool intersects_ray(Vector3 const& origin, Vector3 const& direction) const noexcept;
   /// As above after turning the direction toward the box's centre by at most max_angle
-  /// radians, never past it; pass a unit direction, as the angle to the centre is misjudged
+  /// radians. A unit direction within 90° of the centre is turned at most onto it; one that
+  /// points away from the centre (more than 90°) is turned by max_angle, up to π, and can
+  /// swing past the centre. Pass a unit direction, as the angle to the centre is misjudged
   /// for other lengths. Always false for a box with min > max on any axis; an origin at the
   /// centre, or a direction straight at or away from it, gets the plain test.
   bool intersects_ray(Vector3 const& origin, Vector3 const& direction,

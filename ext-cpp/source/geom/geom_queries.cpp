@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <type_traits>
 
 #include "geom_tolerances.h"
@@ -168,7 +169,12 @@ void points_on_circle(unsigned long count, double radius, double start_angle, Ve
 
 void points_on_arc(unsigned long count, double radius, double start_angle, double end_angle,
                    Vector3* out) {
-  double const step = (end_angle - start_angle) / static_cast<double>(count);
+  // No array holds count + 1 points for the largest count, where count + 1 would wrap to 0.
+  if (count == std::numeric_limits<unsigned long>::max()) return;
+  // Count 0 has no step: dividing by 0 would raise a floating-point flag (trapped by some
+  // callers) for a value that is never used.
+  double const step =
+      count == 0 ? 0.0 : (end_angle - start_angle) / static_cast<double>(count);
   write_points(count + 1, radius, start_angle, step, out);
 }
 

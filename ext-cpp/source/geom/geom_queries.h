@@ -16,8 +16,10 @@
 namespace Geom {
 
 /// Approximate 1/√x from a bit-level estimate and one Newton step; relative error below
-/// 0.18 % for positive finite x. The argument is not checked: zero, negative, infinite or
-/// NaN x give no meaningful value, but always a defined one (no undefined behaviour).
+/// 0.18 % for positive normal x (at least 2.2e-308, or 1.2e-38 for the float form). The
+/// bit estimate assumes a normal exponent: subnormal x give a far worse value (-86 % at
+/// 1e-310, -100 % at the smallest). The argument is not checked: zero, negative, infinite
+/// or NaN x give no meaningful value, but always a defined one (no undefined behaviour).
 double inv_sqrt(double x);
 /// Single-precision twin of inv_sqrt(double); every step is carried out in float.
 float inv_sqrt(float x);
@@ -98,7 +100,8 @@ void points_on_circle(unsigned long count, double radius, double start_angle, Ve
 /// Writes count + 1 points from start_angle to end_angle inclusive on the circle of the
 /// given radius around the origin in the plane z = 0, evenly spaced; the last lies at
 /// end_angle up to the rounding of the accumulated steps. out must hold count + 1 points;
-/// count 0 writes the single point at start_angle.
+/// count 0 writes the single point at start_angle, raising no floating-point flag. The
+/// largest count, ULONG_MAX, writes nothing: no array holds count + 1 points.
 void points_on_arc(unsigned long count, double radius, double start_angle, double end_angle,
                    Vector3* out);
 

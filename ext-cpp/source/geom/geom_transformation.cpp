@@ -194,10 +194,12 @@ Vector3 Transformation::scale() const noexcept {
   return Vector3(x_axis.length() * k, y_axis.length() * k, z_axis.length() * k);
 }
 
+// s is copied before any axis changes: it may be one of this transformation's own columns.
 Transformation& Transformation::scale(Vector3 const& s) noexcept {
-  x_axis.set_length(s.x);
-  y_axis.set_length(s.y);
-  z_axis.set_length(s.z);
+  Vector3 const lengths = s;
+  x_axis.set_length(lengths.x);
+  y_axis.set_length(lengths.y);
+  z_axis.set_length(lengths.z);
   if (std::abs(origin.w) > LENGTH_EPSILON) origin.scale_self(1.0 / origin.w);
   origin.w = 1.0;
   return *this;
@@ -222,9 +224,10 @@ Transformation Transformation::normalize() const noexcept {
 }
 
 Transformation& Transformation::scale_axes_self(Vector3 const& s) noexcept {
-  x_axis.scale_self(s.x);
-  y_axis.scale_self(s.y);
-  z_axis.scale_self(s.z);
+  Vector3 const factors = s;  // s may be one of the axes
+  x_axis.scale_self(factors.x);
+  y_axis.scale_self(factors.y);
+  z_axis.scale_self(factors.z);
   return *this;
 }
 

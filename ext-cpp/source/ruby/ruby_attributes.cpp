@@ -1,17 +1,39 @@
 #include "ruby_attributes.h"
 
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <new>
 #include <type_traits>
 
-#include "fatal_assert.h"
 #include "ruby_entities.h"
 
 namespace RU {
 
 namespace {
+
+// csu_to_c_str_utf8, telling an allocation that failed (*no_memory set) from an SDK failure.
+SUResult utf8_copy(SUStringRef string, char** out, bool* no_memory) {
+  *out = nullptr;
+  size_t length = 0;
+  SUResult result = SUStringGetUTF8Length(string, &length);
+  if (result != SU_ERROR_NONE) return result;
+  // SIZE_MAX would wrap length + 1 to an empty buffer.
+  char* buffer = length == SIZE_MAX ? nullptr : new (std::nothrow) char[length + 1];
+  if (buffer == nullptr) {
+    *no_memory = true;
+    return ALLOCATION_FAILED;
+  }
+  size_t written = 0;
+  result = SUStringGetUTF8(string, length + 1, buffer, &written);
+  if (result != SU_ERROR_NONE) {
+    delete[] buffer;
+    return result;
+  }
+  *out = buffer;
+  return SU_ERROR_NONE;
+}
 
 // Finds the first dictionary of entity named name: SU_ERROR_NONE with *found, SU_ERROR_NO_DATA,
 // or the code of a failing call that stops the search.
@@ -21,6 +43,7 @@ SUResult find_dictionary(SUEntityRef entity, const char* name, SUAttributeDictio
   if (result != SU_ERROR_NONE) return result;
   if (count == 0) return SU_ERROR_NO_DATA;
   Buffer<SUAttributeDictionaryRef> dictionaries(count);
+  if (dictionaries.data == nullptr) return ALLOCATION_FAILED;
   result = SUEntityGetAttributeDictionaries(entity, count, dictionaries.data, &count);
   if (result != SU_ERROR_NONE) return result;
   SUStringRef dictionary_name = SU_INVALID;
@@ -28,16 +51,19 @@ SUResult find_dictionary(SUEntityRef entity, const char* name, SUAttributeDictio
   if (result != SU_ERROR_NONE) return result;
 
   bool matched = false;
-  for (size_t i = 0; i < count && !matched; ++i) {
+  bool no_memory = false;
+  for (size_t i = 0; i < count && !matched && !no_memory; ++i) {
     char* candidate = nullptr;
     // A dictionary whose name cannot be read cannot be the one wanted; the search goes on.
+    // A name there is no memory to copy might be it: that ends the search.
     if (SUAttributeDictionaryGetName(dictionaries.data[i], &dictionary_name) != SU_ERROR_NONE) continue;
-    if (csu_to_c_str_utf8(dictionary_name, &candidate) != SU_ERROR_NONE) continue;
+    if (utf8_copy(dictionary_name, &candidate, &no_memory) != SU_ERROR_NONE) continue;
     matched = std::strcmp(candidate, name) == 0;
     delete[] candidate;
     if (matched) *found = dictionaries.data[i];
   }
   SUStringRelease(&dictionary_name);
+  if (no_memory) return ALLOCATION_FAILED;
   return matched ? SU_ERROR_NONE : SU_ERROR_NO_DATA;
 }
 
@@ -100,20 +126,8 @@ SUResult read_number(SUTypedValueRef value, Target* out) {
 }  // namespace
 
 SUResult csu_to_c_str_utf8(SUStringRef string, char** out) {
-  *out = nullptr;
-  size_t length = 0;
-  SUResult result = SUStringGetUTF8Length(string, &length);
-  if (result != SU_ERROR_NONE) return result;
-  char* buffer = new (std::nothrow) char[length + 1];
-  QM_ASSERT(buffer != nullptr);
-  *out = buffer;
-  size_t written = 0;
-  result = SUStringGetUTF8(string, length + 1, buffer, &written);
-  if (result != SU_ERROR_NONE) {
-    delete[] buffer;
-    *out = nullptr;
-  }
-  return result;
+  bool no_memory = false;
+  return utf8_copy(string, out, &no_memory);
 }
 
 SUResult csu_entity_get_dictionary(SUEntityRef entity, const char* name, SUAttributeDictionaryRef* dictionary) {

@@ -7,8 +7,8 @@
 //
 // Results: SU_ERROR_NONE; SU_ERROR_INVALID_INPUT when a typed value holds a type the reader
 // does not take; SU_ERROR_GENERIC when an array does not yield three items; SU_ERROR_NO_DATA
-// when the entity has no dictionary of the wanted name; otherwise the code of the first
-// failing SDK call. On failure an output keeps its contents, except that a string output is
+// when the entity has no dictionary of the wanted name; RU::ALLOCATION_FAILED when a list or
+// string the SDK sizes cannot be allocated; otherwise the code of the first failing SDK call. On failure an output keeps its contents, except that a string output is
 // null and a vector read from an array may hold the components read before the failure.
 //
 // Strings handed out are NUL-terminated UTF-8 arrays allocated with new[]; the caller

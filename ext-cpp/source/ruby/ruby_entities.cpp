@@ -4,27 +4,28 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "fatal_assert.h"
 #include "ruby_handles.h"
 
 namespace RU {
 
 namespace detail {
 
+// The counts come from the SDK, so a size that does not fit, like memory that runs out, is
+// the caller's failure to report, not the host's to die of.
 void* buffer_allocate(uint64_t n, size_t element_size) {
-  QM_ASSERT(n <= SIZE_MAX / element_size);
-  void* data = std::malloc(static_cast<size_t>(n) * element_size);
-  QM_ASSERT(data != nullptr);
-  return data;
+  if (n > SIZE_MAX / element_size) return nullptr;
+  return std::malloc(static_cast<size_t>(n) * element_size);
 }
 
-void buffer_reserve(void** data, uint64_t* capacity, unsigned long n, size_t element_size) {
-  if (*capacity >= n) return;
+bool buffer_reserve(void** data, uint64_t* capacity, unsigned long n, size_t element_size) {
+  if (*capacity >= n) return true;
   void* grown = buffer_allocate(n, element_size);
-  std::memcpy(grown, *data, static_cast<size_t>(*capacity) * element_size);
+  if (grown == nullptr) return false;
+  if (*capacity != 0) std::memcpy(grown, *data, static_cast<size_t>(*capacity) * element_size);
   std::free(*data);
   *data = grown;
   *capacity = n;
+  return true;
 }
 
 }  // namespace detail
@@ -97,7 +98,7 @@ SUResult match_in_definitions(const Buffer<SUComponentDefinitionRef>& definition
     size_t count_here = 0;
     result = Calls::count(entities, &count_here);
     if (result != SU_ERROR_NONE) return result;
-    items.reserve(count_here);
+    if (!items.reserve(count_here)) return ALLOCATION_FAILED;
     result = match_listed<Calls>(entities, count_here, items, id, out, found);
     if (result != SU_ERROR_NONE) return result;
   }
@@ -117,6 +118,7 @@ SUResult find_placement(SUModelRef model, int32_t id, typename Calls::Ref* out) 
   result = Calls::count(top, &count);
   if (result != SU_ERROR_NONE) return result;
   Buffer<typename Calls::Ref> items(count);
+  if (items.data == nullptr) return ALLOCATION_FAILED;
   bool found = false;
   result = match_listed<Calls>(top, count, items, id, out, &found);
   if (result != SU_ERROR_NONE || found) return result;
@@ -124,6 +126,7 @@ SUResult find_placement(SUModelRef model, int32_t id, typename Calls::Ref* out) 
   result = SUModelGetNumGroupDefinitions(model, &count);
   if (result != SU_ERROR_NONE) return result;
   Buffer<SUComponentDefinitionRef> definitions(count);
+  if (definitions.data == nullptr) return ALLOCATION_FAILED;
   result = SUModelGetGroupDefinitions(model, count, definitions.data, &count);
   if (result != SU_ERROR_NONE) return result;
   result = match_in_definitions<Calls>(definitions, count, items, id, out, &found);
@@ -131,7 +134,7 @@ SUResult find_placement(SUModelRef model, int32_t id, typename Calls::Ref* out) 
 
   result = SUModelGetNumComponentDefinitions(model, &count);
   if (result != SU_ERROR_NONE) return result;
-  definitions.reserve(count);
+  if (!definitions.reserve(count)) return ALLOCATION_FAILED;
   result = SUModelGetComponentDefinitions(model, count, definitions.data, &count);
   if (result != SU_ERROR_NONE) return result;
   result = match_in_definitions<Calls>(definitions, count, items, id, out, &found);
@@ -195,6 +198,7 @@ SUResult vsu_to_csu_component_definition(VALUE definition, SUComponentDefinition
                           : SUModelGetNumComponentDefinitions(model, &count);
   if (result != SU_ERROR_NONE) return result;
   Buffer<SUComponentDefinitionRef> candidates(count);
+  if (candidates.data == nullptr) return ALLOCATION_FAILED;
   result = group ? SUModelGetGroupDefinitions(model, count, candidates.data, &count)
                  : SUModelGetComponentDefinitions(model, count, candidates.data, &count);
   if (result != SU_ERROR_NONE) return result;

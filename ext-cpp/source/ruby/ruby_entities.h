@@ -7,8 +7,9 @@
 //
 // Every function here calls Ruby, so it runs on the interpreter's thread, after the handle
 // cache is filled. A Ruby method that raises propagates; SDK failures are returned as
-// SUResult codes (SU_ERROR_GENERIC when the entity is not found, otherwise the code of the
-// first failing SDK call), and an output is written only when the result is SU_ERROR_NONE.
+// SUResult codes (SU_ERROR_GENERIC when the entity is not found, ALLOCATION_FAILED when a
+// list the SDK sizes cannot be allocated, otherwise the code of the first failing SDK call),
+// and an output is written only when the result is SU_ERROR_NONE.
 // The references returned point into the live model, which the host owns.
 
 #include <SketchUpAPI/sketchup.h>
@@ -22,11 +23,21 @@
 
 namespace RU {
 
+/// What the finders here and the attribute readers answer when memory for a list or a
+/// string cannot be had (the SDK reported a size no allocation holds, or malloc failed).
+/// Of the SDK's codes it is the one that blames neither the arguments nor the model: an
+/// SDK call answers it when it fails inside on an exception, which is what running out of
+/// memory is. The others would mislead a caller into acting on the model (GENERIC: "not
+/// found", NO_DATA: "no such dictionary") or on its own buffer (INSUFFICIENT_SIZE).
+constexpr SUResult ALLOCATION_FAILED = SU_ERROR_UNKNOWN_EXCEPTION;
+
 namespace detail {
 /// Grows *data (malloc'd, *capacity elements of element_size bytes) to exactly n elements,
-/// copying the old ones; nothing when n <= *capacity. Aborts if the allocation fails.
-void buffer_reserve(void** data, uint64_t* capacity, unsigned long n, size_t element_size);
-/// Room for n elements of element_size bytes, uninitialised. Aborts if the allocation fails.
+/// copying the old ones; nothing when n <= *capacity. False, with nothing changed, when the
+/// allocation fails.
+bool buffer_reserve(void** data, uint64_t* capacity, unsigned long n, size_t element_size);
+/// Room for n elements of element_size bytes, uninitialised; null when the size overflows
+/// or malloc fails.
 void* buffer_allocate(uint64_t n, size_t element_size);
 }  // namespace detail
 
@@ -36,23 +47,27 @@ void* buffer_allocate(uint64_t n, size_t element_size);
 template <class T>
 class Buffer {
  public:
-  /// Room for n elements, at least one.
+  /// Room for n elements, at least one; when that cannot be allocated, data is null and
+  /// capacity 0.
   explicit Buffer(unsigned long n)
       : data(static_cast<T*>(detail::buffer_allocate(n == 0 ? 1 : n, sizeof(T)))),
-        capacity(n == 0 ? 1 : n) {}
+        capacity(data == nullptr ? 0 : (n == 0 ? 1 : n)) {}
   Buffer(const Buffer&) = delete;
   Buffer& operator=(const Buffer&) = delete;
   /// Frees data.
   virtual ~Buffer() { std::free(data); }
 
   /// Grows to exactly n elements when capacity < n, keeping the old ones; never shrinks.
-  void reserve(unsigned long n) {
+  /// False, with the buffer as it was, when the allocation fails.
+  bool reserve(unsigned long n) {
     void* raw = data;
-    detail::buffer_reserve(&raw, &capacity, n, sizeof(T));
+    const bool grown = detail::buffer_reserve(&raw, &capacity, n, sizeof(T));
     data = static_cast<T*>(raw);
+    return grown;
   }
 
-  /// malloc'd room for `capacity` elements, uninitialised; `capacity` is at least 1.
+  /// malloc'd room for `capacity` elements, uninitialised; `capacity` is at least 1 unless
+  /// the first allocation failed (data null).
   T* data;
   uint64_t capacity;
 };

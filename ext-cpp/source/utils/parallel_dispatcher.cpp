@@ -53,6 +53,18 @@ void poll_until(Ready ready, std::uint64_t limit_ns) {
   }
 }
 
+// Processors the calling thread may run on (new threads inherit its mask): fewer than are
+// online under taskset, cpusets or a container's CPU list. When the mask cannot be read, the
+// processors online.
+std::uint64_t usable_processors() {
+  cpu_set_t mask;
+  if (sched_getaffinity(0, sizeof mask, &mask) == 0) {
+    int const count = CPU_COUNT(&mask);
+    if (count > 0) return static_cast<std::uint64_t>(count);
+  }
+  return ThreadHive::get_num_processors();
+}
+
 }  // namespace
 
 std::uint64_t ParallelDispatcher::get_num_processors() {
@@ -76,7 +88,7 @@ ParallelDispatcher::ParallelDispatcher(unsigned long num_threads)
 
   // Polling only pays when every thread of a dispatch has a processor of its own; on an
   // oversubscribed machine a polling thread steals the time of the one it waits for.
-  if (num_workers + 1 <= get_num_processors()) {
+  if (num_workers + 1 <= usable_processors()) {
     spin_ns = SPIN_BEFORE_SLEEP_NS;
   }
 

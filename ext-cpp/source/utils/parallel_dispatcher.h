@@ -24,8 +24,9 @@
 /// works too. Threads the system refuses to create are left out; with none at all, every
 /// range runs on the calling thread.
 ///
-/// When every thread of a dispatch has a processor of its own, each one polls for up to
-/// 1 ms after its slice before it sleeps, so that back-to-back dispatches need no wake-up.
+/// When every thread of a dispatch has a processor of its own among those the process may
+/// run on (its affinity mask, not the processors online), each one polls for up to 1 ms
+/// after its slice before it sleeps, so that back-to-back dispatches need no wake-up.
 class ParallelDispatcher {
 public:
   /// Worker states, guarded by work_mutex.
@@ -65,6 +66,10 @@ public:
 
   /// Workers actually running (0 only when the system refused every thread).
   std::uint64_t get_num_workers() const { return num_workers; }
+  /// How long a thread polls after its slice before it sleeps, in nanoseconds: 0 unless the
+  /// processors the constructing thread may run on (its affinity mask) number at least the
+  /// workers plus the caller.
+  std::uint64_t get_poll_ns() const { return spin_ns; }
 
   /// Start routine of every worker; `worker` is its own record. Returns null on quit.
   static void* thread_task(void* worker) noexcept;

@@ -66,12 +66,6 @@ void ThreadHive::enqueue(void (*function)(void*, ThreadHive*), void* data) noexc
   ++num_tasks;
   pthread_mutex_unlock(&count_mutex);
 
-  if (num_threads == 0) {
-    function(data, this);
-    finish_task();
-    return;
-  }
-
   pthread_mutex_lock(&queue_mutex);
   queue.enqueue(Task{function, data});
   pthread_cond_signal(&task_cond);
@@ -86,6 +80,7 @@ std::uint64_t ThreadHive::get_num_tasks() {
 }
 
 void ThreadHive::wait_until_finished() {
+  if (num_threads == 0) run_queued_tasks();
   pthread_mutex_lock(&count_mutex);
   while (num_tasks != 0) {
     pthread_cond_wait(&finished_cond, &count_mutex);
@@ -110,6 +105,23 @@ void ThreadHive::finish_task() {
     }
   }
   pthread_mutex_unlock(&count_mutex);
+}
+
+void ThreadHive::run_queued_tasks() {
+  // One task after another, each taken from the queue only when the last has returned: a
+  // task that enqueues the next adds to the queue rather than to this thread's stack.
+  for (;;) {
+    pthread_mutex_lock(&queue_mutex);
+    if (queue.empty()) {
+      pthread_mutex_unlock(&queue_mutex);
+      return;
+    }
+    Task task;
+    queue.dequeue(task);
+    pthread_mutex_unlock(&queue_mutex);
+    task.function(task.data, this);
+    finish_task();
+  }
 }
 
 void* ThreadHive::thread_task(void* hive) noexcept {

@@ -18,8 +18,8 @@
 /// The pool never holds two of its own mutexes at once, so no lock order exists to break.
 class ThreadHive {
 public:
-  /// One queued task: `function(data, hive)` runs on a worker (on the enqueuing thread when
-  /// the pool has none).
+  /// One queued task: `function(data, hive)` runs on a worker (on the thread that waits for
+  /// it when the pool has none).
   struct Task {
     void (*function)(void* data, ThreadHive* hive);
     void* data;
@@ -30,8 +30,10 @@ public:
   static std::uint64_t get_num_processors();
 
   /// Starts `num_threads` workers (0 is taken as 1). Workers that the system refuses to
-  /// create are left out; if none can be created at all, enqueue() runs each task on the
-  /// calling thread before it returns, so that nothing ever waits for a missing worker.
+  /// create are left out. If none can be created at all, tasks stay queued until a thread
+  /// waits for them: wait_until_finished() (and so the destructor) runs them one after
+  /// another on the waiting thread, never inside enqueue(), where the caller may hold a
+  /// lock the task needs or be a task itself.
   explicit ThreadHive(unsigned long num_threads);
   ThreadHive(const ThreadHive&) = delete;
   ThreadHive& operator=(const ThreadHive&) = delete;
@@ -61,6 +63,9 @@ public:
 
 private:
   void finish_task();
+  /// Runs queued tasks on the calling thread until the queue is empty (the pool without
+  /// workers).
+  void run_queued_tasks();
 
   FastQueue<Task> queue;
   pthread_t* threads;

@@ -45,18 +45,6 @@ TEST_F(DesktopTest, WindowListHonoursOnScreenAndDesktopElementOptions) {
             (std::vector<long>{9, 5}));
 }
 
-TEST_F(DesktopTest, WindowInfoCarriesOwnerNumberAndLayerAsNumbers) {
-  add_foreign(42, -20, DESKTOP_WINDOW_ON_SCREEN);
-  CFArrayRef list = CGWindowListCopyWindowInfo(kCGWindowListOptionAll, kCGNullWindowID);
-  ASSERT_EQ(CFArrayGetCount(list), 1);
-  const void* info = CFArrayGetValueAtIndex(list, 0);
-  EXPECT_EQ(integer_for(info, kCGWindowOwnerPID), getpid() + 1);
-  EXPECT_EQ(integer_for(info, kCGWindowNumber), 42);
-  EXPECT_EQ(integer_for(info, kCGWindowLayer), -20);
-  EXPECT_EQ(ns_object_for_keyed_subscript(info, kCGWindowName), nullptr);
-  CFRelease(list);
-}
-
 TEST_F(DesktopTest, ReleasingTheLastReferenceFreesAnObjectAndEverythingItHolds) {
   add_own(1, 0, MAIN_WINDOW);
   add_own(2, 0, MAIN_WINDOW);
@@ -73,11 +61,9 @@ TEST_F(DesktopTest, ReleasingTheLastReferenceFreesAnObjectAndEverythingItHolds) 
   EXPECT_EQ(desktop_live_cf_objects(), before);
 }
 
+// The library's tests trust the stand-in to catch a double release and a read after one.
 TEST_F(DesktopDeathTest, MisusingACFObjectAbortsWithAReport) {
   add_own(1, 0, MAIN_WINDOW);
-  EXPECT_DEATH(CFRelease(nullptr), "Assertion failed: handle != nullptr");
-  int not_an_object = 0;
-  EXPECT_DEATH(CFRelease(&not_an_object), "not alive");
   EXPECT_DEATH(
       {
         CFArrayRef list = CGWindowListCopyWindowInfo(kCGWindowListOptionAll, kCGNullWindowID);
@@ -85,7 +71,6 @@ TEST_F(DesktopDeathTest, MisusingACFObjectAbortsWithAReport) {
         CFRelease(list);
       },
       "not alive");
-  // An entry dies with its list: reading it afterwards is a use after free.
   EXPECT_DEATH(
       {
         CFArrayRef list = CGWindowListCopyWindowInfo(kCGWindowListOptionAll, kCGNullWindowID);
@@ -94,48 +79,6 @@ TEST_F(DesktopDeathTest, MisusingACFObjectAbortsWithAReport) {
         ns_object_for_keyed_subscript(info, kCGWindowNumber);
       },
       "not a live CF object");
-
-  CFArrayRef list = CGWindowListCopyWindowInfo(kCGWindowListOptionAll, kCGNullWindowID);
-  EXPECT_DEATH(CFArrayGetValueAtIndex(list, 1), "index");
-  EXPECT_DEATH(CFArrayGetValueAtIndex(list, -1), "index");
-  EXPECT_DEATH(ns_integer_value(list), "another type");
-  EXPECT_DEATH(CGEventGetLocation(reinterpret_cast<CGEventRef>(const_cast<void*>(
-                   CFArrayGetValueAtIndex(list, 0)))),
-               "another type");
-  CFRelease(list);
-}
-
-TEST_F(DesktopDeathTest, ListingModesThatAreNotSimulatedAbort) {
-  add_own(1, 0, MAIN_WINDOW);
-  EXPECT_DEATH(CGWindowListCopyWindowInfo(kCGWindowListOptionOnScreenAboveWindow, 1), "option");
-  EXPECT_DEATH(CGWindowListCopyWindowInfo(kCGWindowListOptionIncludingWindow, kCGNullWindowID),
-               "option");
-  EXPECT_DEATH(CGWindowListCopyWindowInfo(kCGWindowListOptionOnScreenOnly, 1), "relativeToWindow");
-}
-
-TEST_F(DesktopTest, FailureModesLastUntilSwitchedOffAndResetClearsThem) {
-  add_own(1, 0, MAIN_WINDOW);
-  desktop_set_no_window_list(1);
-  EXPECT_EQ(CGWindowListCopyWindowInfo(kCGWindowListOptionAll, kCGNullWindowID), nullptr);
-  desktop_set_no_window_list(0);
-  EXPECT_EQ(listed_numbers(kCGWindowListOptionAll), std::vector<long>{1});
-  EXPECT_EQ(desktop_call_count(DESKTOP_CALL_COPY_WINDOW_LIST), 2);
-
-  desktop_set_no_window_list(1);
-  desktop_set_warp_fails(1);
-  desktop_set_cursor_location(5.0, 6.0);
-  desktop_reset();
-  EXPECT_EQ(desktop_cursor_x(), 0.0);
-  EXPECT_EQ(desktop_cursor_y(), 0.0);
-  EXPECT_EQ(listed_numbers(kCGWindowListOptionAll), std::vector<long>{});
-  EXPECT_EQ(CGWarpMouseCursorPosition(CGPoint{1.0, 2.0}), kCGErrorSuccess);
-}
-
-TEST_F(DesktopTest, WindowNumbersAreUniqueAndNeverNull) {
-  EXPECT_EQ(desktop_add_window(getpid(), 0, 0, MAIN_WINDOW), 0);
-  EXPECT_EQ(desktop_add_window(getpid(), 3, 0, MAIN_WINDOW), 1);
-  EXPECT_EQ(desktop_add_window(getpid() + 1, 3, 0, MAIN_WINDOW), 0);
-  EXPECT_EQ(desktop_window_count(), 1);
 }
 
 TEST_F(DesktopTest, TheApplicationHasWindowObjectsOnlyForItsOwnKnownWindows) {
@@ -160,25 +103,6 @@ TEST_F(DesktopTest, TheApplicationHasWindowObjectsOnlyForItsOwnKnownWindows) {
   EXPECT_EQ(desktop_call_count(DESKTOP_CALL_MAKE_KEY_WINDOW), 1);
 }
 
-TEST_F(DesktopTest, MessagesToNilAnswerNothingAndChangeNothing) {
-  add_own(1, 0, MAIN_WINDOW);
-  ns_window_make_key_window(ns_app_window_with_window_number(1));
-  ns_window_make_key_window(nullptr);
-  EXPECT_EQ(desktop_key_window_number(), 1u);
-  EXPECT_EQ(desktop_call_count(DESKTOP_CALL_MAKE_KEY_WINDOW), 1);
-  EXPECT_EQ(ns_window_toolbar(nullptr), nullptr);
-  EXPECT_EQ(ns_window_level(nullptr), 0);
-  EXPECT_EQ(ns_object_for_keyed_subscript(nullptr, kCGWindowNumber), nullptr);
-  EXPECT_EQ(ns_integer_value(nullptr), 0);
-}
-
-TEST_F(DesktopDeathTest, AWindowObjectDiesWithTheDesktopReset) {
-  add_own(1, 0, MAIN_WINDOW);
-  void* window = ns_app_window_with_window_number(1);
-  desktop_reset();
-  EXPECT_DEATH(ns_window_level(window), "no longer has");
-}
-
 TEST_F(DesktopTest, CursorHidesAreCountedAndShowsStopAtZero) {
   EXPECT_TRUE(CGCursorIsVisible());
   CGDisplayHideCursor(0);
@@ -198,44 +122,6 @@ TEST_F(DesktopTest, CursorHidesAreCountedAndShowsStopAtZero) {
   desktop_set_cursor_hide_count(-3);
   EXPECT_EQ(desktop_cursor_hide_count(), 0);
   EXPECT_TRUE(CGCursorIsVisible());
-}
-
-TEST_F(DesktopTest, EventsKeepTheLocationOfTheirCreationAndWarpsMayBeRefused) {
-  desktop_set_cursor_location(1.5, -2.25);
-  CGEventRef before = CGEventCreate(nullptr);
-  EXPECT_EQ(CGWarpMouseCursorPosition(CGPoint{7.0, 8.0}), kCGErrorSuccess);
-  CGEventRef after = CGEventCreate(nullptr);
-  EXPECT_EQ(CGEventGetLocation(before).x, 1.5);
-  EXPECT_EQ(CGEventGetLocation(before).y, -2.25);
-  EXPECT_EQ(CGEventGetLocation(after).x, 7.0);
-  EXPECT_EQ(CGEventGetLocation(after).y, 8.0);
-  CFRelease(before);
-  CFRelease(after);
-
-  desktop_set_warp_fails(1);
-  EXPECT_EQ(CGWarpMouseCursorPosition(CGPoint{9.0, 9.0}), kCGErrorFailure);
-  EXPECT_EQ(desktop_cursor_x(), 7.0);
-  EXPECT_EQ(desktop_cursor_y(), 8.0);
-  EXPECT_EQ(desktop_call_count(DESKTOP_CALL_WARP_CURSOR), 2);
-}
-
-TEST_F(DesktopTest, GetKeysCopiesTheMapInMemoryOrder) {
-  unsigned char bytes[16];
-  for (int i = 0; i < 16; ++i) bytes[i] = static_cast<unsigned char>(i * 17 + 3);
-  desktop_set_key_map(bytes);
-  // Key 9 is bit 1 of byte 1; codes outside the map change nothing.
-  EXPECT_EQ(desktop_set_key_down(0, 0), 1);
-  EXPECT_EQ(desktop_set_key_down(9, 0), 1);
-  EXPECT_EQ(desktop_set_key_down(127, 1), 1);
-  EXPECT_EQ(desktop_set_key_down(128, 1), 0);
-  EXPECT_EQ(desktop_set_key_down(-1, 1), 0);
-  bytes[0] = static_cast<unsigned char>(bytes[0] & ~0x01);
-  bytes[1] = static_cast<unsigned char>(bytes[1] & ~0x02);
-  bytes[15] = static_cast<unsigned char>(bytes[15] | 0x80);
-
-  KeyMap map;
-  GetKeys(map);
-  EXPECT_EQ(std::memcmp(map, bytes, sizeof bytes), 0);
 }
 
 TEST_F(DesktopTest, ConcurrentCallersLeaveTheStateConsistent) {

@@ -42,27 +42,29 @@ TEST_F(InputHelpersTest, CodesOutsideTheMapAreNeverDown) {
 }
 
 TEST_F(InputHelpersTest, ShowCursorCallsUntilTheCountedStateFlips) {
+  // queries: CGCursorIsVisible calls. A change asks once more before the first show or hide,
+  // then once after each.
   struct Case {
     int hides_before;
     bool show;
     bool answer;
-    long show_calls;
-    long hide_calls;
+    long show_calls, hide_calls, queries;
   };
   const Case cases[] = {
-      {0, true, true, 0, 0},   // already visible: nothing to do
-      {3, false, false, 0, 0}, // already hidden
-      {0, false, false, 0, 1}, // one hide hides
-      {2, true, true, 2, 0},   // two hides take two shows
-      {SHOW_CURSOR_MAX_CALLS, true, true, SHOW_CURSOR_MAX_CALLS, 0},
+      {0, true, true, 0, 0, 1},   // already visible: nothing to do
+      {3, false, false, 0, 0, 1}, // already hidden
+      {0, false, false, 0, 1, 3}, // one hide hides
+      {2, true, true, 2, 0, 4},   // two hides take two shows
+      {SHOW_CURSOR_MAX_CALLS, true, true, SHOW_CURSOR_MAX_CALLS, 0, SHOW_CURSOR_MAX_CALLS + 2},
       // Deeper than the bound: give up and say it is still hidden.
-      {SHOW_CURSOR_MAX_CALLS + 5, true, false, SHOW_CURSOR_MAX_CALLS, 0},
+      {SHOW_CURSOR_MAX_CALLS + 5, true, false, SHOW_CURSOR_MAX_CALLS, 0, SHOW_CURSOR_MAX_CALLS + 2},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(::testing::Message() << c.hides_before << (c.show ? " show" : " hide"));
     desktop_reset();
     desktop_set_cursor_hide_count(c.hides_before);
     EXPECT_EQ(show_cursor(c.show), c.answer);
+    EXPECT_EQ(desktop_call_count(DESKTOP_CALL_CURSOR_IS_VISIBLE), c.queries);
     EXPECT_EQ(is_cursor_visible(), c.answer);
     EXPECT_EQ(desktop_call_count(DESKTOP_CALL_SHOW_CURSOR), c.show_calls);
     EXPECT_EQ(desktop_call_count(DESKTOP_CALL_HIDE_CURSOR), c.hide_calls);

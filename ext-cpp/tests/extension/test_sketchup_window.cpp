@@ -23,51 +23,12 @@ class WindowActivationTest : public DesktopTest {
   }
 };
 
-TEST_F(WindowActivationTest, NoWindowOfThisProcessThatQualifiesGivesFalse) {
-  struct Desktop {
-    const char* what;
-    void (*build)();
-  };
-  const Desktop desktops[] = {
-      {"empty desktop", [] {}},
-      {"other processes' main windows",
-       [] {
-         add_foreign(1, 0, MAIN_WINDOW);
-         add_foreign(2, 0, MAIN_WINDOW);
-       }},
-      {"palette without toolbar", [] { add_own(1, 0, MAIN_WINDOW & ~DESKTOP_WINDOW_TOOLBAR); }},
-      {"floating panel", [] { add_own(1, 3, MAIN_WINDOW); }},
-      {"level below normal", [] { add_own(1, -1, MAIN_WINDOW); }},
-      {"unknown to the application",
-       [] { add_own(1, 0, MAIN_WINDOW & ~DESKTOP_WINDOW_KNOWN_TO_APP); }},
-      {"off screen", [] { add_own(1, 0, MAIN_WINDOW & ~DESKTOP_WINDOW_ON_SCREEN); }},
-      {"desktop element", [] { add_own(1, 0, MAIN_WINDOW | DESKTOP_WINDOW_DESKTOP_ELEMENT); }},
-  };
-  for (const auto& desktop : desktops) {
-    SCOPED_TRACE(desktop.what);
-    desktop_reset();
-    desktop.build();
-    EXPECT_FALSE(activate());
-    EXPECT_EQ(desktop_key_window_number(), 0u);
-  }
-}
-
 TEST_F(WindowActivationTest, NoListAtAllGivesFalse) {
   add_own(1, 0, MAIN_WINDOW);
   desktop_set_no_window_list(1);
   EXPECT_FALSE(activate());
   EXPECT_EQ(desktop_key_window_number(), 0u);
   EXPECT_EQ(desktop_call_count(DESKTOP_CALL_COPY_WINDOW_LIST), 1);
-}
-
-TEST_F(WindowActivationTest, PalettesPanelsAndOtherProcessesArePassedOver) {
-  add_own(10, 0, MAIN_WINDOW & ~DESKTOP_WINDOW_TOOLBAR);  // palette, frontmost
-  add_own(11, 8, MAIN_WINDOW);                            // floating panel
-  add_foreign(12, 0, MAIN_WINDOW);                        // another application's document
-  add_own(13, 0, MAIN_WINDOW);                            // the main document window
-  add_own(14, 0, MAIN_WINDOW);                            // a second document, further back
-  EXPECT_TRUE(activate());
-  EXPECT_EQ(desktop_key_window_number(), 13u);
 }
 
 // Random desktops against the rule written out independently: the first window in

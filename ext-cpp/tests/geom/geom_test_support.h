@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 
+#include "geom_transformation.h"
 #include "geom_vector3.h"
 
 namespace geom_test {
@@ -24,6 +25,11 @@ inline void expect_near(Geom::Vector3 const& a, Geom::Vector3 const& b, double t
   EXPECT_NEAR(a.x, b.x, tol);
   EXPECT_NEAR(a.y, b.y, tol);
   EXPECT_NEAR(a.z, b.z, tol);
+}
+
+inline void expect_near(Geom::Transformation const& a, Geom::Transformation const& b,
+                        double tol = 1e-12) {
+  for (int k = 0; k < 16; ++k) EXPECT_NEAR(a.data()[k], b.data()[k], tol) << "element " << k;
 }
 
 /// Bit-for-bit equality up to the sign of zero.

@@ -63,6 +63,16 @@ TEST(AlignedBoundingBox2, QuarterTurnFrame) {
   expect_near(b.corner(0), Vector2(3, 0));
   b.local_shift_self(Vector2(1, 0));
   expect_near(b.corner(0), Vector2(3, 1));
+
+  // Arguments that are the box's own corners are read before the box changes.
+  AlignedBoundingBox2 self = b;
+  self.local_shift_self(self.min);
+  for (unsigned long k = 0; k < 4; ++k) expect_near(self.corner(k), b.local_shift(b.min).corner(k));
+  AlignedBoundingBox2 inverted = box(0.0, Vector2(0, 0), Vector2(2, 1)).scale(-1.0);
+  AlignedBoundingBox2 grown = inverted;
+  grown.add(grown);
+  expect_near(grown.min, Vector2(0, 0));
+  expect_near(grown.max, Vector2(2, 1));
 }
 
 TEST(AlignedBoundingBox2, CornerIndexOutOfRangeThrows) {
@@ -178,11 +188,28 @@ TEST(AlignedBoundingBox2, ApartAndTouching) {
   EXPECT_FALSE(a.intersects(box(0.3, Vector2(5, 5), Vector2(6, 7))));
   // Sharing a side: the perpendicular edges meet at their end points, which counts.
   EXPECT_TRUE(a.intersects(box(0.0, Vector2(1, 0), Vector2(2, 1))));
-  // The empty box meets nothing near the origin, and contains nothing.
-  AlignedBoundingBox2 const empty(0.4);
-  EXPECT_FALSE(a.intersects(empty));
-  EXPECT_FALSE(empty.intersects(a));
-  EXPECT_FALSE(empty.contains(Vector2(0, 0)));
+  // The empty box contains nothing and meets no box within 9e14 of the origin, at any
+  // angle; turned by 45 degrees its side passes (7.1e14, 7.1e14), so a box out at 9e14 on
+  // both axes crosses it.
+  EXPECT_FALSE(AlignedBoundingBox2(0.4).contains(Vector2(0, 0)));
+  std::mt19937_64 rng(5);
+  std::uniform_real_distribution<double> angle(-kPi, kPi);
+  std::uniform_real_distribution<double> coord(-9e14, 9e14);
+  int drawn = 0;
+  for (int i = 0; i < 2000; ++i) {
+    AlignedBoundingBox2 const empty(angle(rng));
+    AlignedBoundingBox2 b = box(angle(rng), Vector2(coord(rng), coord(rng)), Vector2(coord(rng), coord(rng)));
+    double reach = 0.0;
+    for (unsigned long k = 0; k < 4; ++k) reach = std::max(reach, b.corner(k).length());
+    if (reach >= 9e14) continue;
+    ++drawn;
+    ASSERT_FALSE(b.intersects(empty)) << i;
+    ASSERT_FALSE(empty.intersects(b)) << i;
+  }
+  EXPECT_GT(drawn, 300);
+  AlignedBoundingBox2 const far_out = box(0.0, Vector2(6e14, 6e14), Vector2(9e14, 9e14));
+  EXPECT_FALSE(far_out.intersects(AlignedBoundingBox2(0.0)));
+  EXPECT_TRUE(far_out.intersects(AlignedBoundingBox2(kPi / 4)));
 }
 
 // Independent reference: two convex quadrilaterals overlap unless one of their four edge

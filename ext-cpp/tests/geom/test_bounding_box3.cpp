@@ -48,6 +48,9 @@ TEST(BoundingBox3, EmptyBoxAndGrowth) {
   expect_box(c, Vector3(-1, -9, 3), Vector3(2, 9, 4));
   c.clear();
   expect_box(c, Vector3(1e15), Vector3(-1e15));
+  // Its own corners as lo and hi: both read before either is written.
+  c.add(c.max, c.min);
+  expect_box(c, Vector3(-1e15), Vector3(1e15));
 }
 
 TEST(BoundingBox3, AddedPointsAreCovered) {

@@ -12,6 +12,7 @@ using Geom::Quaternion;
 using Geom::Transformation;
 using Geom::Vector3;
 
+using geom_test::expect_near;
 using geom_test::kPi;
 constexpr double kTol = 1e-12;
 
@@ -20,12 +21,6 @@ void expect_near(Quaternion const& a, Quaternion const& b, double tol = kTol) {
   EXPECT_NEAR(a.x, b.x, tol);
   EXPECT_NEAR(a.y, b.y, tol);
   EXPECT_NEAR(a.z, b.z, tol);
-}
-
-void expect_near(Transformation const& a, Transformation const& b, double tol = kTol) {
-  for (int i = 0; i < 16; ++i) {
-    EXPECT_NEAR(a.data()[i], b.data()[i], tol) << "element " << i;
-  }
 }
 
 // q and −q are the same rotation.

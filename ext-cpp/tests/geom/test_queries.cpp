@@ -40,6 +40,12 @@ TEST(InvSqrt, ReferenceValuesAndErrorBound) {
     double const exact_f = 1.0 / std::sqrt(static_cast<double>(xf));
     EXPECT_LT(std::fabs(Geom::inv_sqrt(xf) - exact_f) / exact_f, 0.0018) << xf;
   }
+  // The bound ends with the normal range: the smallest normals keep it, subnormals do not.
+  double const dmin = std::numeric_limits<double>::min();
+  float const fmin = std::numeric_limits<float>::min();
+  EXPECT_LT(std::fabs(Geom::inv_sqrt(dmin) * std::sqrt(dmin) - 1.0), 0.0018);
+  EXPECT_LT(std::fabs(Geom::inv_sqrt(fmin) * std::sqrt(double{fmin}) - 1.0), 0.0018);
+  EXPECT_NEAR(Geom::inv_sqrt(1e-310) * std::sqrt(1e-310), 0.14, 0.01);
 }
 
 // The argument is not checked, so a negative one must at least be defined behaviour: the
@@ -311,10 +317,21 @@ TEST(PointsOnCircle, CircleAndArcFillExactlyTheirPoints) {
   expect_near(pts[2], Vector3(3, 0, 0));
   expect_near(pts[4], Vector3(0, -3, 0));
   EXPECT_EQ(pts[5].x, 42.0);
+  // Count 0: the one point at the start angle, with no step to divide out, so code running
+  // with floating-point traps does not stop (start = end would be 0/0, else x/0).
+  for (double const end : {0.0, kPi}) {
+    reset();
+    volatile double start = kPi;
+    std::feclearexcept(FE_ALL_EXCEPT);
+    Geom::points_on_arc(0, 2.0, start, end, pts);
+    EXPECT_FALSE(std::fetestexcept(FE_DIVBYZERO | FE_INVALID)) << end;
+    expect_near(pts[0], Vector3(-2, 0, 0));
+    EXPECT_EQ(pts[1].x, 42.0);
+  }
+  // count + 1 points do not exist for the largest count: nothing is written.
   reset();
-  Geom::points_on_arc(0, 2.0, kPi, 0.0, pts);
-  expect_near(pts[0], Vector3(-2, 0, 0));
-  EXPECT_EQ(pts[1].x, 42.0);
+  Geom::points_on_arc(std::numeric_limits<unsigned long>::max(), 1.0, 0.0, 1.0, pts);
+  EXPECT_EQ(pts[0].x, 42.0);
 }
 
 }  // namespace

@@ -19,10 +19,6 @@ using geom_test::expect_near;
 using geom_test::kPi;
 using geom_test::up;
 
-void expect_near(Transformation const& a, Transformation const& b, double tol = 1e-12) {
-  for (int k = 0; k < 16; ++k) EXPECT_NEAR(a.data()[k], b.data()[k], tol) << "element " << k;
-}
-
 void expect_elements(Transformation const& t, std::initializer_list<double> m) {
   int k = 0;
   for (double e : m) EXPECT_EQ(t.data()[k++], e) << "element " << k - 1;
@@ -310,6 +306,18 @@ TEST(Transformation, NormalizeCopyMatchesInPlace) {
   w.origin.w = 2.0;
   expect_near(w.normalize().origin, Vector3(2, 2, 2), 0.0);
   expect_near(with_weight(w, 1e-6).normalize().origin, Vector3(4, 4, 4), 0.0);
+}
+
+// An argument may be one of the object's own columns: every in-place form reads it whole
+// before it writes anything.
+TEST(Transformation, InPlaceFormsTakeTheirArgumentBeforeWriting) {
+  Transformation const t(Vector3(3, 4, 0), Vector3(0, 3, 0), Vector3(0, 0, 4), Vector3(1, 2, 5));
+  Transformation a = t;
+  a.scale_axes_self(a.x_axis);
+  expect_elements(a, {9, 12, 0, 0, 0, 12, 0, 0, 0, 0, 0, 0, 1, 2, 5, 1});
+  a = t;
+  a.scale(a.x_axis);
+  expect_near(a, Transformation(Vector3(1.8, 2.4, 0), Vector3(0, 4, 0), Vector3(), Vector3(1, 2, 5)));
 }
 
 TEST(Transformation, ScaleAxesAndWeight) {

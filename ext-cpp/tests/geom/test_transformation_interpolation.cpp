@@ -19,12 +19,6 @@ constexpr double kTol = 1e-12;
 
 using geom_test::expect_near;
 
-void expect_near(Transformation const& a, Transformation const& b, double tol = kTol) {
-  for (int i = 0; i < 16; ++i) {
-    EXPECT_NEAR(a.data()[i], b.data()[i], tol) << "element " << i;
-  }
-}
-
 void expect_finite(Transformation const& a) {
   for (int i = 0; i < 16; ++i) {
     EXPECT_TRUE(std::isfinite(a.data()[i])) << "element " << i;

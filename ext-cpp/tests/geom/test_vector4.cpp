@@ -14,14 +14,6 @@ void expect_same(Vector4 const& a, Vector4 const& b) {
   EXPECT_EQ(a.w, b.w);
 }
 
-TEST(Vector4, LayoutIsFourConsecutiveDoubles) {
-  Vector4 v[2] = {Vector4(1.0, 2.0, 3.0, 4.0), Vector4(5.0, 6.0, 7.0, 8.0)};
-  double const* p = &v[0].x;
-  for (int i = 0; i < 8; ++i) EXPECT_EQ(p[i], i + 1.0);
-  float const f[4] = {0.1f, 0.2f, 0.3f, 0.4f};
-  expect_same(Vector4(f), Vector4(double(0.1f), double(0.2f), double(0.3f), double(0.4f)));
-}
-
 TEST(Vector4, ScalarOperatorsDifferOnW) {
   EXPECT_EQ(Vector4(2.0).w, 0.0);
   Vector4 const v(1.0, 2.0, 3.0, 4.0);

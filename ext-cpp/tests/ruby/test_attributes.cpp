@@ -74,6 +74,7 @@ class Attributes : public ::testing::Test {
 
   SUEntityRef entity_ = SU_INVALID;
   size_t strings_at_start_ = 0;
+  char text_marker_ = 0;
 };
 
 TEST_F(Attributes, DictionaryIsFoundByExactNameFirstListedWins) {
@@ -168,6 +169,31 @@ const Stored kStored[] = {
      }},
     {"Array", [](SUTypedValueRef v) { set_doubles(v, {4.0, 5.0, 6.0}); }},
 };
+
+// Sizes no allocation can hold (the byte size overflows, SIZE_MAX's terminator wraps it to
+// 0, or malloc answers null for 2^61 bytes): RU::ALLOCATION_FAILED, outputs untouched (a
+// string output null), where the readers used to end the host. Sizes at or above 2^63 would
+// reach malloc only as "negative" requests, which valgrind reports as errors.
+TEST_F(Attributes, SizesNoMemoryHoldsFailWithoutTouchingOutputs) {
+  add("quill", "k", 1);
+  Value text;
+  SUTypedValueSetString(text.ref(), "text");
+  for (size_t size : {SIZE_MAX, size_t{1} << 61}) {
+    su_standin_reset();
+    su_standin_report_size("SUEntityGetNumAttributeDictionaries", size, 0);
+    SUAttributeDictionaryRef found = SU_INVALID;
+    EXPECT_EQ(RU::csu_entity_get_dictionary(entity_, "quill", &found), RU::ALLOCATION_FAILED) << size;
+    EXPECT_EQ(found.ptr, nullptr);
+    su_standin_reset();
+    // The dictionary's name cannot be copied: that stops the search, it is no missing name.
+    su_standin_report_size("SUStringGetUTF8Length", size, 0);
+    Value value;
+    EXPECT_EQ(RU::csu_entity_get_attribute(entity_, "quill", "k", value.out()), RU::ALLOCATION_FAILED) << size;
+    char* copy = &text_marker_;
+    EXPECT_EQ(RU::csu_typed_value_to_c_str_utf8(text.ref(), &copy), RU::ALLOCATION_FAILED) << size;
+    EXPECT_EQ(copy, nullptr);
+  }
+}
 
 TEST_F(Attributes, EveryReaderAgainstEveryStoredType) {
   const double float_widened = static_cast<double>(2.9f);

@@ -170,18 +170,6 @@ TEST_F(EntityFinders, GroupsAreFoundAtEveryDepthAndOnlyAsFarAsNeeded) {
   EXPECT_EQ(su_standin_calls("SUModelGetComponentDefinitions"), 1u);
 }
 
-TEST_F(EntityFinders, InstancesAreFoundAtEveryDepth) {
-  for (const char* name : {"$ci_top", "$ci_deep", "$ci_in_chair"}) {
-    SUComponentInstanceRef instance = SU_INVALID;
-    ASSERT_EQ(RU::vsu_to_csu_component_instance(global(name), &instance), SU_ERROR_NONE) << name;
-    EXPECT_EQ(sdk_id(SUComponentInstanceToEntity(instance)), ruby_id(global(name))) << name;
-  }
-  // A group is not an instance, even with an ID the model knows.
-  SUComponentInstanceRef instance = sentinel<SUComponentInstanceRef>();
-  EXPECT_EQ(RU::vsu_to_csu_component_instance(global("$g2"), &instance), SU_ERROR_GENERIC);
-  EXPECT_EQ(instance.ptr, sentinel<SUComponentInstanceRef>().ptr);
-}
-
 TEST_F(EntityFinders, EveryPlacementOfARandomModelComesBackWithItsDefinitionAndTransformation) {
   eval(kBuildRandomModel);
   const VALUE placements = global("$placements");
@@ -339,6 +327,40 @@ TEST_F(EntityFinders, EveryFailingCallOfTheGroupPartsIsPassedOn) {
   expect_every_parts_failure_passed_on("$g3", {"SUGroupGetDefinition", "SUGroupGetTransform", "SUEntityGetID"});
 }
 
+// A model larger than memory: each count the walk reads, in turn, is one no allocation can
+// hold (its byte size overflows, or malloc answers null). The finders answer
+// RU::ALLOCATION_FAILED and leave their outputs alone instead of ending the host.
+TEST_F(EntityFinders, CountsNoMemoryHoldsFailWithoutTouchingOutputs) {
+  const size_t sizes[] = {SIZE_MAX / 2, size_t{1} << 58};
+  SUGroupRef group = SU_INVALID;
+  for (const char* function :
+       {"SUEntitiesGetNumGroups", "SUModelGetNumGroupDefinitions", "SUModelGetNumComponentDefinitions"}) {
+    su_standin_reset();
+    ASSERT_EQ(RU::vsu_to_csu_group(global("$in_chair"), &group), SU_ERROR_NONE);
+    const size_t calls = su_standin_calls(function);
+    for (size_t nth = 1; nth <= calls; ++nth) {
+      for (size_t size : sizes) {
+        su_standin_reset();
+        su_standin_report_size(function, size, nth);
+        group = sentinel<SUGroupRef>();
+        EXPECT_EQ(RU::vsu_to_csu_group(global("$in_chair"), &group), RU::ALLOCATION_FAILED) << function << nth;
+        EXPECT_EQ(group.ptr, sentinel<SUGroupRef>().ptr);
+      }
+    }
+  }
+  su_standin_reset();
+  su_standin_report_size("SUModelGetNumComponentDefinitions", sizes[1], 1);
+  SUComponentDefinitionRef definition = sentinel<SUComponentDefinitionRef>();
+  EXPECT_EQ(RU::vsu_to_csu_component_definition(global("$chair"), &definition), RU::ALLOCATION_FAILED);
+  EXPECT_EQ(definition.ptr, sentinel<SUComponentDefinitionRef>().ptr);
+  su_standin_reset();
+  su_standin_report_size("SUEntitiesGetNumInstances", sizes[0], 0);
+  SUEntityRef entity = sentinel<SUEntityRef>();
+  EXPECT_EQ(RU::vsu_to_csu_gci_entity(global("$ci_top"), &entity), RU::ALLOCATION_FAILED);
+  EXPECT_EQ(entity.ptr, sentinel<SUEntityRef>().ptr);
+  su_standin_reset();
+}
+
 TEST_F(EntityFinders, GciEntityTakesTheInstancePathOnlyForComponentInstances) {
   SUEntityRef entity = SU_INVALID;
   ASSERT_EQ(RU::vsu_to_csu_gci_entity(global("$ci_deep"), &entity), SU_ERROR_NONE);
@@ -447,29 +469,19 @@ TEST_F(DefinitionOfPlacement, OldHostTreatsEverythingButFalseAsAGroupDefinition)
 }
 
 TEST(Buffer, ReserveGrowsToExactlyTheCountAndKeepsTheElements) {
-  RU::Buffer<SUGroupRef> empty(0);
-  EXPECT_EQ(empty.capacity, 1u);
-
+  EXPECT_EQ(RU::Buffer<SUGroupRef>(0).capacity, 1u);
   RU::Buffer<SUGroupRef> buffer(4);
-  ASSERT_EQ(buffer.capacity, 4u);
   int cells[4];
   for (int i = 0; i < 4; ++i) buffer.data[i].ptr = &cells[i];
   const SUGroupRef* before = buffer.data;
-
-  buffer.reserve(3);
-  buffer.reserve(4);
-  EXPECT_EQ(buffer.capacity, 4u);
+  EXPECT_TRUE(buffer.reserve(4));
   EXPECT_EQ(buffer.data, before) << "a reserve at or below capacity must not reallocate";
-
-  buffer.reserve(5);
-  EXPECT_EQ(buffer.capacity, 5u);
-  for (int i = 0; i < 4; ++i) EXPECT_EQ(buffer.data[i].ptr, &cells[i]);
-  buffer.data[4].ptr = &cells[0];  // the new slot is usable (ASan would flag an overrun)
-
-  buffer.reserve(1000);
-  EXPECT_EQ(buffer.capacity, 1000u);
-  for (int i = 0; i < 4; ++i) EXPECT_EQ(buffer.data[i].ptr, &cells[i]);
-  buffer.data[999].ptr = nullptr;
+  for (unsigned long n : {5ul, 1000ul}) {
+    EXPECT_TRUE(buffer.reserve(n));
+    EXPECT_EQ(buffer.capacity, n);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(buffer.data[i].ptr, &cells[i]);
+    buffer.data[n - 1].ptr = nullptr;  // the new slots are usable (ASan would flag an overrun)
+  }
 }
 
 }  // namespace

