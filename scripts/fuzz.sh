@@ -6,7 +6,7 @@
 #
 #   scripts/fuzz.sh [--runs N] [--time S] [target...]   (default: 100000 runs, every target)
 #   --time S also stops each target after S seconds, whichever limit comes first.
-#   targets: geom_fuzz strings_fuzz
+#   targets: geom_fuzz containers_fuzz strings_fuzz
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 "$root/scripts/setup.sh" fuzz
@@ -25,7 +25,7 @@ while [ $# -gt 0 ]; do
     *) targets+=("$1"); shift ;;
   esac
 done
-[ ${#targets[@]} -gt 0 ] || targets=(geom_fuzz strings_fuzz)
+[ ${#targets[@]} -gt 0 ] || targets=(geom_fuzz containers_fuzz strings_fuzz)
 
 build="$root/build/fuzz"
 mkdir -p "$build"
