@@ -103,12 +103,6 @@ class CompactAfterEachTest : public testing::EmptyTestEventListener {
   void OnTestEnd(testing::TestInfo const&) override { qmtest::compact_and_verify(); }
 };
 
-// The tests run inside a call of a method written in C, as the library's functions run in an
-// extension. Ruby 2.2 reads the caller's frame when C code creates an object
-// (rb_class_new_instance passes the caller's block on), and the bare top level of an
-// embedded interpreter has no such frame.
-VALUE run_all_tests(VALUE) { return INT2FIX(RUN_ALL_TESTS()); }
-
 int die(const char* what, int state) {
   std::fprintf(stderr, "%s: %s\n", what, qmtest::take_exception(state).c_str());
   return 2;
@@ -142,8 +136,7 @@ int main(int argc, char** argv) {
     testing::UnitTest::GetInstance()->listeners().Append(new CompactAfterEachTest);
   if (env_flag("QM_GC_STRESS")) qmtest::eval("GC.stress = true");
 
-  rb_define_global_function("quillmark_run_all_tests", QM_METHOD_FUNC(run_all_tests), 0);
-  int const result = FIX2INT(rb_funcallv(rb_cObject, rb_intern("quillmark_run_all_tests"), 0, nullptr));
+  int const result = RUN_ALL_TESTS();
   qmtest::eval("GC.stress = false");
   ruby_cleanup(0);
   return result;
