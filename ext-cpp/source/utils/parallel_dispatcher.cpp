@@ -54,14 +54,16 @@ void poll_until(Ready ready, std::uint64_t limit_ns) {
 }
 
 // Processors the calling thread may run on (new threads inherit its mask): fewer than are
-// online under taskset, cpusets or a container's CPU list. When the mask cannot be read, the
-// processors online.
+// online under taskset, cpusets or a container's CPU list. When the mask cannot be read, and
+// on systems without affinity masks (macOS has only hints), the processors online.
 std::uint64_t usable_processors() {
+#ifdef __linux__
   cpu_set_t mask;
   if (sched_getaffinity(0, sizeof mask, &mask) == 0) {
     int const count = CPU_COUNT(&mask);
     if (count > 0) return static_cast<std::uint64_t>(count);
   }
+#endif
   return ThreadHive::get_num_processors();
 }
 
