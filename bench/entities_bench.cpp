@@ -18,8 +18,8 @@
 #include <vector>
 
 #include "embedded_ruby_bench.h"
-#include "ruby_entities.h"
-#include "ruby_handles.h"
+#include <quillmark/ruby/ruby_entities.h>
+#include <quillmark/ruby/ruby_handles.h>
 
 // Allocation counting: the executable's malloc family interposes glibc's for the whole
 // process, the interpreter and the SDK stand-in included.

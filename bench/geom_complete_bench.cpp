@@ -14,10 +14,10 @@
 #include <utility>
 #include <vector>
 
-#include "geom_aligned_bounding_box2.h"
-#include "geom_quaternion.h"
-#include "geom_queries.h"
-#include "geom_transformation.h"
+#include <quillmark/geom/geom_aligned_bounding_box2.h>
+#include <quillmark/geom/geom_quaternion.h>
+#include <quillmark/geom/geom_queries.h>
+#include <quillmark/geom/geom_transformation.h>
 
 namespace {
 

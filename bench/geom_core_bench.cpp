@@ -12,9 +12,9 @@
 #include <random>
 #include <vector>
 
-#include "geom_bounding_box3.h"
-#include "geom_transformation.h"
-#include "geom_vector3.h"
+#include <quillmark/geom/geom_bounding_box3.h>
+#include <quillmark/geom/geom_transformation.h>
+#include <quillmark/geom/geom_vector3.h>
 
 namespace {
 

@@ -9,9 +9,9 @@
 #include <string>
 
 #include "embedded_ruby_bench.h"
-#include "ruby_geometry.h"
-#include "ruby_handles.h"
-#include "ruby_strings.h"
+#include <quillmark/ruby/ruby_geometry.h>
+#include <quillmark/ruby/ruby_handles.h>
+#include <quillmark/ruby/ruby_strings.h>
 
 namespace {
 

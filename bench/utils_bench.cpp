@@ -19,10 +19,10 @@
 #include <thread>
 #include <vector>
 
-#include "bit_buffer.h"
-#include "geom_transformation.h"
-#include "parallel_dispatcher.h"
-#include "thread_hive.h"
+#include <quillmark/utils/bit_buffer.h>
+#include <quillmark/geom/geom_transformation.h>
+#include <quillmark/utils/parallel_dispatcher.h>
+#include <quillmark/utils/thread_hive.h>
 
 namespace {
 

@@ -2,7 +2,12 @@
 # they link, and a package config so that find_package(Quillmark CONFIG) answers the same
 # Quillmark::geom, Quillmark::utils and Quillmark::ruby targets the build defines as aliases.
 #
-# Headers go flat into include/quillmark, which is how the sources include each other.
+# Headers keep the source tree's shape under include/quillmark/ (geom/, utils/, ruby/, and
+# detail/ for what the public headers need but users do not call), so a consumer spells
+# every include <quillmark/...> as the library's own code does. Nothing of ours sits at a
+# bare name. The SDK stand-in's headers go to include/quillmark/host_sdk/, which its target
+# puts on the include path: they keep the SDK's own spelling, <SketchUpAPI/...>, as the
+# host's SDK would provide them.
 # The interpreter is not exported with the targets: its paths belong to the machine that
 # built the package, so the config asks the consumer's Ruby again (QuillmarkRuby.cmake).
 # What is recorded is the Ruby ABI the static libraries were compiled for: they inline the
@@ -12,7 +17,7 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-set(QUILLMARK_INSTALL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/quillmark")
+set(QUILLMARK_INSTALL_SDK_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/quillmark/host_sdk")
 set(QUILLMARK_INSTALL_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/Quillmark")
 
 set_target_properties(quillmark_geom PROPERTIES EXPORT_NAME geom)
@@ -24,15 +29,13 @@ install(TARGETS quillmark_geom quillmark_utils quillmark_ruby quillmark_sketchup
   EXPORT QuillmarkTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  INCLUDES DESTINATION ${QUILLMARK_INSTALL_INCLUDEDIR})
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
-foreach(part geom utils ruby)
-  file(GLOB _quillmark_headers CONFIGURE_DEPENDS
-       "${PROJECT_SOURCE_DIR}/ext-cpp/source/${part}/*.h")
-  install(FILES ${_quillmark_headers} DESTINATION ${QUILLMARK_INSTALL_INCLUDEDIR})
-endforeach()
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/ext-cpp/platform/sketchup_api/include/"
-  DESTINATION ${QUILLMARK_INSTALL_INCLUDEDIR})
+install(DIRECTORY "${QUILLMARK_INCLUDE_ROOT}/quillmark"
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+# The stand-in's own control header (building models for tests) is not part of the SDK.
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/ext-cpp/platform/sketchup_api/include/SketchUpAPI"
+  DESTINATION ${QUILLMARK_INSTALL_SDK_INCLUDEDIR})
 
 install(EXPORT QuillmarkTargets NAMESPACE Quillmark:: DESTINATION ${QUILLMARK_INSTALL_CMAKEDIR})
 configure_package_config_file(
@@ -47,10 +50,15 @@ set(QUILLMARK_BUILT_RUBY_VERSION "@RUBY_VERSION@")
 set(QUILLMARK_BUILT_RUBY_ABI "@RUBY_ABI@")
 ]])
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/QuillmarkConfigVersion.cmake"
-  COMPATIBILITY SameMinorVersion)
+  COMPATIBILITY SameMajorVersion)
 install(FILES
   "${PROJECT_BINARY_DIR}/QuillmarkConfig.cmake"
   "${PROJECT_BINARY_DIR}/QuillmarkConfigVersion.cmake"
   "${PROJECT_BINARY_DIR}/QuillmarkRubyABI.cmake"
   "${PROJECT_SOURCE_DIR}/cmake/QuillmarkRuby.cmake"
   DESTINATION ${QUILLMARK_INSTALL_CMAKEDIR})
+
+# pkg-config, for builds that are not CMake (mkmf's pkg_config("quillmark") among them).
+# The interpreter's flags are not in it: the consumer's own Ruby supplies them.
+configure_file("${PROJECT_SOURCE_DIR}/cmake/quillmark.pc.in" "${PROJECT_BINARY_DIR}/quillmark.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/quillmark.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

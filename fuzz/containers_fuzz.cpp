@@ -6,8 +6,8 @@
 #include <deque>
 #include <vector>
 
-#include "bit_buffer.h"
-#include "fast_queue.h"
+#include <quillmark/utils/bit_buffer.h>
+#include <quillmark/utils/fast_queue.h>
 #include "fuzz_input.h"
 
 namespace {

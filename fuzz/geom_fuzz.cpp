@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "fuzz_input.h"
-#include "geom.h"
+#include <quillmark/geom/geom.h>
 
 using namespace Geom;
 

@@ -23,8 +23,8 @@
 
 #include "fuzz_input.h"
 #include "ruby_boot.h"
-#include "ruby_handles.h"
-#include "ruby_strings.h"
+#include <quillmark/ruby/ruby_handles.h>
+#include <quillmark/ruby/ruby_strings.h>
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)

@@ -7,7 +7,7 @@
 # Installs only what is missing; safe to run again.
 set -euo pipefail
 
-packages=(g++ make cmake binutils ruby ruby-dev libgtest-dev libgmock-dev valgrind)
+packages=(g++ make cmake binutils pkg-config ruby ruby-dev libgtest-dev libgmock-dev valgrind)
 for extra in "$@"; do
   case "$extra" in
     bench) packages+=(libbenchmark-dev libeigen3-dev libglm-dev libtbb-dev libthread-pool-dev) ;;

@@ -14,14 +14,14 @@
 #include <new>
 #include <type_traits>
 
-#include "geom_transformation.h"
-#include "geom_vector3.h"
-#include "parallel_dispatcher.h"
-#include "ruby_attributes.h"
-#include "ruby_entities.h"
-#include "ruby_geometry.h"
-#include "ruby_handles.h"
-#include "ruby_lib.h"
+#include <quillmark/geom/geom_transformation.h>
+#include <quillmark/geom/geom_vector3.h>
+#include <quillmark/utils/parallel_dispatcher.h>
+#include <quillmark/ruby/ruby_attributes.h>
+#include <quillmark/ruby/ruby_entities.h>
+#include <quillmark/ruby/ruby_geometry.h>
+#include <quillmark/ruby/ruby_handles.h>
+#include <quillmark/ruby/ruby_lib.h>
 
 namespace {
 

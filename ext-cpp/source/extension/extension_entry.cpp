@@ -1,5 +1,5 @@
-#include "ruby_handles.h"
-#include "ruby_lib.h"
+#include <quillmark/ruby/ruby_handles.h>
+#include <quillmark/ruby/ruby_lib.h>
 #include "sketchup_window.h"
 
 // The load chain. The interpreter finds Init_bin_Quillmark by the bundle's base name; it is

@@ -1,7 +1,7 @@
 #ifndef QUILLMARK_EXTENSION_SKETCHUP_WINDOW_H
 #define QUILLMARK_EXTENSION_SKETCHUP_WINDOW_H
 
-#include "ruby_lib.h"
+#include <quillmark/ruby/ruby_lib.h>
 
 namespace Orvex {
 namespace Sketchup {

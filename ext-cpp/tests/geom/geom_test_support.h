@@ -8,8 +8,8 @@
 #include <cmath>
 #include <limits>
 
-#include "geom_transformation.h"
-#include "geom_vector3.h"
+#include <quillmark/geom/geom_transformation.h>
+#include <quillmark/geom/geom_vector3.h>
 
 namespace geom_test {
 

@@ -1,4 +1,4 @@
-#include "geom_aligned_bounding_box2.h"
+#include <quillmark/geom/geom_aligned_bounding_box2.h>
 #include "geom_test_support.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "geom_bounding_box3.h"
+#include <quillmark/geom/geom_bounding_box3.h>
 
 #include <gtest/gtest.h>
 

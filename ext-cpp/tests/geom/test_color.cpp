@@ -1,4 +1,4 @@
-#include "geom_color.h"
+#include <quillmark/geom/geom_color.h>
 
 #include <gtest/gtest.h>
 

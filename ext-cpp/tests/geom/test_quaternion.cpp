@@ -1,4 +1,4 @@
-#include "geom_quaternion.h"
+#include <quillmark/geom/geom_quaternion.h>
 #include "geom_test_support.h"
 
 #include <gtest/gtest.h>

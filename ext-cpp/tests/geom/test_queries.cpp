@@ -1,4 +1,4 @@
-#include "geom_queries.h"
+#include <quillmark/geom/geom_queries.h>
 #include "geom_test_support.h"
 
 #include <gtest/gtest.h>

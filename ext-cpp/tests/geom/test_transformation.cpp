@@ -1,4 +1,4 @@
-#include "geom_transformation.h"
+#include <quillmark/geom/geom_transformation.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "geom_quaternion.h"
-#include "geom_transformation.h"
+#include <quillmark/geom/geom_quaternion.h>
+#include <quillmark/geom/geom_transformation.h>
 #include "geom_test_support.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "geom_vector2.h"
-#include "geom_vector3.h"
+#include <quillmark/geom/geom_vector2.h>
+#include <quillmark/geom/geom_vector3.h>
 #include "geom_test_support.h"
 
 #include <gtest/gtest.h>

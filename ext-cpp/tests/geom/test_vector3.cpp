@@ -1,4 +1,4 @@
-#include "geom_vector3.h"
+#include <quillmark/geom/geom_vector3.h>
 
 #include <gtest/gtest.h>
 

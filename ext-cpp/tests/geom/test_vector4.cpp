@@ -1,4 +1,4 @@
-#include "geom_vector4.h"
+#include <quillmark/geom/geom_vector4.h>
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 # cmake -P driver for the package_consumer test: install, build the consumer against the
 # install only, then run the Ruby checks on it. Every step must succeed.
 
-foreach(var BUILD_DIR CONSUMER_SOURCE WORK_DIR CXX_COMPILER RUBY SCRIPT)
+foreach(var BUILD_DIR CONSUMER_SOURCE HEADERS_SOURCE WORK_DIR CXX_COMPILER RUBY SCRIPT VERSION)
   if(NOT ${var})
     message(FATAL_ERROR "run_package_test.cmake needs -D${var}=...")
   endif()
@@ -24,11 +24,12 @@ function(step)
 endfunction()
 
 # Instrumented libraries need an instrumented consumer, linked with the sanitizers' runtime.
-set(cxx_flags "-Werror")
-set(link_flags "")
+# The build's own flags come along (clang's -stdlib=libc++ among them).
+set(cxx_flags "${BUILD_CXX_FLAGS} -Werror")
+set(link_flags "${BUILD_LINK_FLAGS}")
 if(SANITIZE)
   string(APPEND cxx_flags " -fsanitize=${SANITIZE} -fno-sanitize-recover=all")
-  set(link_flags "-fsanitize=${SANITIZE}")
+  string(APPEND link_flags " -fsanitize=${SANITIZE}")
 endif()
 string(REPLACE "|" ";" ruby_env "${RUBY_ENV}")
 
@@ -47,6 +48,20 @@ math(EXPR other_minor "${CMAKE_MATCH_2} + 1")
 set(other_abi "${CMAKE_MATCH_1}.${other_minor} (${CMAKE_MATCH_3})")
 string(REPLACE "\"${own_abi}\"" "\"${other_abi}\"" altered "${recorded}")
 file(WRITE "${abi_file}" "${altered}")
+set(pc_file "${prefix}/lib/pkgconfig/quillmark.pc")
+file(READ "${pc_file}" pc_recorded)
+string(REPLACE "ruby_abi=${own_abi}" "ruby_abi=${other_abi}" pc_altered "${pc_recorded}")
+file(WRITE "${pc_file}" "${pc_altered}")
+file(MAKE_DIRECTORY "${WORK_DIR}/refused-mkmf")
+execute_process(COMMAND ${CMAKE_COMMAND} -E env "PKG_CONFIG_PATH=${prefix}/lib/pkgconfig"
+                "${RUBY}" "${CONSUMER_SOURCE}/extconf.rb"
+                WORKING_DIRECTORY "${WORK_DIR}/refused-mkmf"
+                RESULT_VARIABLE mkmf_rc OUTPUT_VARIABLE mkmf_out ERROR_VARIABLE mkmf_err)
+file(WRITE "${pc_file}" "${pc_recorded}")
+string(FIND "${mkmf_out}${mkmf_err}" "built for Ruby ${other_abi}" at)
+if(mkmf_rc EQUAL 0 OR at LESS 0)
+  message(FATAL_ERROR "extconf.rb accepted an install for Ruby ${other_abi}:\n${mkmf_out}${mkmf_err}")
+endif()
 execute_process(COMMAND ${CMAKE_COMMAND} -S "${CONSUMER_SOURCE}" -B "${WORK_DIR}/refused"
                 "-DCMAKE_PREFIX_PATH=${prefix}" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
                 RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
@@ -74,4 +89,39 @@ step(${CMAKE_COMMAND} -E env "QUILLMARK_CONSUMER_DIR=${consumer_build}" ${ruby_e
 # package's shared SDK library.
 step(${CMAKE_COMMAND} --install "${consumer_build}" --prefix "${WORK_DIR}/site")
 step(${CMAKE_COMMAND} -E env "QUILLMARK_CONSUMER_DIR=${WORK_DIR}/site/lib" ${ruby_env}
+     "${RUBY}" "${SCRIPT}")
+
+# Every installed header alone, with the warnings on, and the version as find_package sees it.
+string(REGEX MATCH "^([0-9]+)\\.([0-9]+)" _ "${VERSION}")
+set(major "${CMAKE_MATCH_1}")
+step(${CMAKE_COMMAND} -S "${HEADERS_SOURCE}" -B "${WORK_DIR}/headers"
+     "-DCMAKE_PREFIX_PATH=${prefix}" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
+     "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}" "-DCMAKE_CXX_FLAGS=${cxx_flags}"
+     -DCMAKE_NO_SYSTEM_FROM_IMPORTED=ON "-DWANTED_VERSION=${major}.${CMAKE_MATCH_2}")
+step(${CMAKE_COMMAND} --build "${WORK_DIR}/headers" -j2)
+# Another major version is another API: refused.
+math(EXPR next_major "${major} + 1")
+execute_process(COMMAND ${CMAKE_COMMAND} -S "${HEADERS_SOURCE}" -B "${WORK_DIR}/headers-next"
+                "-DCMAKE_PREFIX_PATH=${prefix}" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
+                "-DWANTED_VERSION=${next_major}.0"
+                RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+string(FIND "${out}${err}" "${VERSION}" at)
+if(rc EQUAL 0 OR at LESS 0)
+  message(FATAL_ERROR "find_package(Quillmark ${next_major}.0) accepted version ${VERSION}:\n${out}${err}")
+endif()
+
+# The ordinary Ruby way: extconf.rb finds the install through pkg-config, make builds it.
+# The compiler and flags are the build's, so a clang/libc++ or sanitized install links.
+execute_process(COMMAND "${RUBY}" -rrbconfig -e "print RbConfig::CONFIG['CXXFLAGS']"
+                OUTPUT_VARIABLE ruby_cxxflags)
+execute_process(COMMAND "${RUBY}" -rrbconfig -e "print RbConfig::CONFIG['LDFLAGS']"
+                OUTPUT_VARIABLE ruby_ldflags)
+set(mkmf_build "${WORK_DIR}/mkmf")
+file(MAKE_DIRECTORY "${mkmf_build}")
+string(REPLACE "-Werror" "" mkmf_cxx_flags "${cxx_flags}")
+step(${CMAKE_COMMAND} -E chdir "${mkmf_build}" ${CMAKE_COMMAND} -E env
+     "PKG_CONFIG_PATH=${prefix}/lib/pkgconfig" "${RUBY}" "${CONSUMER_SOURCE}/extconf.rb"
+     "--with-cxxflags=${ruby_cxxflags} ${mkmf_cxx_flags}" "--with-ldflags=${ruby_ldflags} ${link_flags}")
+step(make -C "${mkmf_build}" -j2 "CXX=${CXX_COMPILER}" "LDSHAREDXX=${CXX_COMPILER} -shared")
+step(${CMAKE_COMMAND} -E env "QUILLMARK_CONSUMER_DIR=${mkmf_build}" ${ruby_env}
      "${RUBY}" "${SCRIPT}")

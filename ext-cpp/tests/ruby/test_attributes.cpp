@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "bridge_test_util.h"
-#include "ruby_attributes.h"
-#include "ruby_entities.h"
+#include <quillmark/ruby/ruby_attributes.h>
+#include <quillmark/ruby/ruby_entities.h>
 
 using qmtest::eval;
 

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "bridge_test_util.h"
-#include "ruby_entities.h"
-#include "ruby_handles.h"
+#include <quillmark/ruby/ruby_entities.h>
+#include <quillmark/ruby/ruby_handles.h>
 
 using qmtest::eval;
 using qmtest::truthy;

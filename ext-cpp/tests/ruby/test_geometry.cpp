@@ -7,9 +7,9 @@
 #include <string>
 
 #include "bridge_test_util.h"
-#include "geom_transformation.h"
-#include "ruby_geometry.h"
-#include "ruby_handles.h"
+#include <quillmark/geom/geom_transformation.h>
+#include <quillmark/ruby/ruby_geometry.h>
+#include <quillmark/ruby/ruby_handles.h>
 
 using qmtest::eval;
 using qmtest::let;

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "embedded_ruby.h"
-#include "ruby_handles.h"
+#include <quillmark/ruby/ruby_handles.h>
 
 // The expected tables are written out here independently of the implementation's own, in
 // the order the cache must fill them, so a swapped row or a wrong name on either side shows.

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "bridge_test_util.h"
-#include "ruby_strings.h"
+#include <quillmark/ruby/ruby_strings.h>
 
 using qmtest::bytes_of;
 using qmtest::eval;

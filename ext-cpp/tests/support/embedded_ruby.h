@@ -13,7 +13,7 @@
 #include <string>
 #include <type_traits>
 
-#include "ruby_lib.h"
+#include <quillmark/ruby/ruby_lib.h>
 
 namespace qmtest {
 

@@ -9,8 +9,8 @@
 #include <cstring>
 #include <string>
 
-#include "ruby_handles.h"
-#include "ruby_lib.h"
+#include <quillmark/ruby/ruby_handles.h>
+#include <quillmark/ruby/ruby_lib.h>
 
 namespace qmboot {
 

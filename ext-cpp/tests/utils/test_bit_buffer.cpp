@@ -1,4 +1,4 @@
-#include "bit_buffer.h"
+#include <quillmark/utils/bit_buffer.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "fast_queue.h"
+#include <quillmark/utils/fast_queue.h>
 
 #include <gtest/gtest.h>
 

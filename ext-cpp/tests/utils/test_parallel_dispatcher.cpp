@@ -1,4 +1,4 @@
-#include "parallel_dispatcher.h"
+#include <quillmark/utils/parallel_dispatcher.h>
 
 #include <gtest/gtest.h>
 #include <pthread.h>

@@ -9,9 +9,9 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "bit_buffer.h"
-#include "parallel_dispatcher.h"
-#include "thread_hive.h"
+#include <quillmark/utils/bit_buffer.h>
+#include <quillmark/utils/parallel_dispatcher.h>
+#include <quillmark/utils/thread_hive.h>
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "thread_hive.h"
+#include <quillmark/utils/thread_hive.h>
 
 #include <gtest/gtest.h>
 
