@@ -53,7 +53,8 @@ import json, sys
 folders = {}
 for f in json.load(open(sys.argv[1]))["files"]:
     parts = f["filename"].split("/")
-    key = "/".join(parts[:3]) if parts[:2] in (["ext-cpp", "source"], ["ext-cpp", "platform"]) else parts[0]
+    depth = 4 if parts[:3] == ["ext-cpp", "source", "quillmark"] else 3
+    key = "/".join(parts[:depth]) if parts[:2] in (["ext-cpp", "source"], ["ext-cpp", "platform"]) else parts[0]
     t = folders.setdefault(key, [0, 0, 0, 0])
     t[0] += f["line_covered"]; t[1] += f["line_total"]
     t[2] += f["branch_covered"]; t[3] += f["branch_total"]

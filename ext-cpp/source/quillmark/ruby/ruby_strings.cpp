@@ -1,6 +1,6 @@
 #include <quillmark/ruby/ruby_strings.h>
 
-#include <quillmark/utils/detail/fatal_assert.h>
+#include <quillmark/utils/fatal_assert.h>
 #include <quillmark/ruby/detail/ruby_encoding_lib.h>
 
 #include <cstdint>

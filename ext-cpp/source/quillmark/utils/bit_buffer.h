@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include <quillmark/utils/detail/fatal_assert.h>
+#include <quillmark/utils/fatal_assert.h>
 
 /// A growable array of bits stored as bytes: flags indexed by number.
 ///

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <type_traits>
 
-#include <quillmark/utils/detail/fatal_assert.h>
+#include <quillmark/utils/fatal_assert.h>
 #include <quillmark/utils/detail/raw_array.h>
 
 /// Growable first-in, first-out ring buffer of plain-data elements. Not synchronised:

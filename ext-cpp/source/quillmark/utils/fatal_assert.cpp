@@ -1,4 +1,4 @@
-#include <quillmark/utils/detail/fatal_assert.h>
+#include <quillmark/utils/fatal_assert.h>
 
 #include <cstdio>
 #include <cstdlib>

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <new>
 
-#include <quillmark/utils/detail/fatal_assert.h>
+#include <quillmark/utils/fatal_assert.h>
 #include <quillmark/utils/detail/raw_array.h>
 #include <quillmark/utils/thread_hive.h>
 

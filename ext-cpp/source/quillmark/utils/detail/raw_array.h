@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include <quillmark/utils/detail/fatal_assert.h>
+#include <quillmark/utils/fatal_assert.h>
 
 /// malloc for `count` elements of T, released with free. A size that overflows and memory
 /// that runs out are both fatal: the pools and containers built on it have no way to hand a
