@@ -3,7 +3,8 @@
 # Ruby 3.1 with its headers, GoogleTest, and the tools the tests call (nm, readelf, and
 # valgrind for the leak check of the Ruby bridge).
 # Extra package sets: `setup.sh bench` adds the benchmark peers, `setup.sh fuzz` clang,
-# `setup.sh coverage` gcovr.
+# `setup.sh clang` clang with libc++ (and GoogleTest's sources), `setup.sh lint` clang-tidy
+# and clang-format, `setup.sh coverage` gcovr.
 # Installs only what is missing; safe to run again.
 set -euo pipefail
 
@@ -12,6 +13,8 @@ for extra in "$@"; do
   case "$extra" in
     bench) packages+=(libbenchmark-dev libeigen3-dev libglm-dev libtbb-dev libthread-pool-dev) ;;
     fuzz) packages+=(clang libclang-rt-14-dev) ;;
+    clang) packages+=(clang libc++-dev libc++abi-dev googletest) ;;
+    lint) packages+=(clang clang-tidy clang-format) ;;
     coverage) packages+=(gcovr) ;;
     *) echo "setup.sh: unknown package set '$extra'" >&2; exit 2 ;;
   esac

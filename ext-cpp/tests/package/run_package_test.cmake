@@ -24,13 +24,15 @@ function(step)
 endfunction()
 
 # Instrumented libraries need an instrumented consumer, linked with the sanitizers' runtime.
-# The build's own flags come along (clang's -stdlib=libc++ among them).
-set(cxx_flags "${BUILD_CXX_FLAGS} -Werror")
-set(link_flags "${BUILD_LINK_FLAGS}")
+set(sanitize_cxx_flags "")
+set(sanitize_link_flags "")
 if(SANITIZE)
-  string(APPEND cxx_flags " -fsanitize=${SANITIZE} -fno-sanitize-recover=all")
-  string(APPEND link_flags " -fsanitize=${SANITIZE}")
+  set(sanitize_cxx_flags "-fsanitize=${SANITIZE} -fno-sanitize-recover=all")
+  set(sanitize_link_flags "-fsanitize=${SANITIZE}")
 endif()
+# The build's own flags come along (clang's -stdlib=libc++ among them).
+set(cxx_flags "${BUILD_CXX_FLAGS} -Werror ${sanitize_cxx_flags}")
+set(link_flags "${BUILD_LINK_FLAGS} ${sanitize_link_flags}")
 string(REPLACE "|" ";" ruby_env "${RUBY_ENV}")
 
 step(${CMAKE_COMMAND} --install "${BUILD_DIR}" --prefix "${prefix}" --config "${CONFIG}")
@@ -118,10 +120,13 @@ execute_process(COMMAND "${RUBY}" -rrbconfig -e "print RbConfig::CONFIG['LDFLAGS
                 OUTPUT_VARIABLE ruby_ldflags)
 set(mkmf_build "${WORK_DIR}/mkmf")
 file(MAKE_DIRECTORY "${mkmf_build}")
-string(REPLACE "-Werror" "" mkmf_cxx_flags "${cxx_flags}")
+# mkmf links its probes with the interpreter's C compiler, so the build's C++ flags go to
+# make with the C++ compiler, and only the sanitizers' flags to extconf.rb.
 step(${CMAKE_COMMAND} -E chdir "${mkmf_build}" ${CMAKE_COMMAND} -E env
      "PKG_CONFIG_PATH=${prefix}/lib/pkgconfig" "${RUBY}" "${CONSUMER_SOURCE}/extconf.rb"
-     "--with-cxxflags=${ruby_cxxflags} ${mkmf_cxx_flags}" "--with-ldflags=${ruby_ldflags} ${link_flags}")
-step(make -C "${mkmf_build}" -j2 "CXX=${CXX_COMPILER}" "LDSHAREDXX=${CXX_COMPILER} -shared")
+     "--with-cxxflags=${ruby_cxxflags} ${sanitize_cxx_flags}"
+     "--with-ldflags=${ruby_ldflags} ${sanitize_link_flags}")
+step(make -C "${mkmf_build}" -j2 "CXX=${CXX_COMPILER} ${BUILD_CXX_FLAGS}"
+     "LDSHAREDXX=${CXX_COMPILER} ${BUILD_LINK_FLAGS} -shared")
 step(${CMAKE_COMMAND} -E env "QUILLMARK_CONSUMER_DIR=${mkmf_build}" ${ruby_env}
      "${RUBY}" "${SCRIPT}")

@@ -36,11 +36,13 @@ inline bool intersect_segment_segment(const Vector2& a, const Vector2& b, const 
   double const den = r.perp(s);
   // Parallel segments (|den| < 1e-6) and parameters outside [0, 1] in one test, without
   // short cuts, so unpredictable input costs one branch instead of three. A parallel pair
-  // divides by 1 instead (a select, not a branch), so no division by zero is ever carried
-  // out and no floating-point exception raised; its parameters go unused. Every comparison
-  // with a NaN is false, so a NaN parameter is not rejected.
+  // divides by den + 1 instead (never near zero; its parameters go unused), so no division
+  // by zero is ever carried out and no floating-point exception raised; any other den gets
+  // + 0.0, which leaves it exact. Not 1.0 / (parallel ? 1.0 : den): a compiler may turn
+  // that into parallel ? 1.0 : 1.0 / den and divide by the zero it was meant to avoid.
+  // Every comparison with a NaN is false, so a NaN parameter is not rejected.
   bool const parallel = std::fabs(den) < LENGTH_EPSILON;
-  double const inv = 1.0 / (parallel ? 1.0 : den);
+  double const inv = 1.0 / (den + (parallel ? 1.0 : 0.0));
   double const t = s.perp(q) * inv;
   double const u = inv * r.perp(q);
   if (parallel | (t < 0.0) | (t > 1.0) | (u < 0.0) | (u > 1.0)) {
