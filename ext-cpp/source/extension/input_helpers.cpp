@@ -29,7 +29,7 @@ bool test_for_key_down(int32_t key_code) {
   KeyMap map;
   GetKeys(map);
   const auto* bytes = reinterpret_cast<const unsigned char*>(map);
-  return (bytes[key_code >> 3] >> (key_code & 7)) & 1;
+  return ((bytes[key_code >> 3] >> (key_code & 7)) & 1) != 0;
 }
 
 bool is_cursor_visible(void) { return CGCursorIsVisible() != 0; }

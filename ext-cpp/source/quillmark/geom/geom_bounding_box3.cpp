@@ -67,8 +67,8 @@ void BoundingBox3::intersect(BoundingBox3 const& b, BoundingBox3& out) const noe
 
 Vector3 BoundingBox3::corner(unsigned long index) const {
   if (index > 7) throw std::out_of_range("Expected index between 0 and 7.");
-  return Vector3((index & 1u) ? max.x : min.x, (index & 2u) ? max.y : min.y,
-                 (index & 4u) ? max.z : min.z);
+  return Vector3((index & 1u) != 0 ? max.x : min.x, (index & 2u) != 0 ? max.y : min.y,
+                 (index & 4u) != 0 ? max.z : min.z);
 }
 
 bool BoundingBox3::intersects_ray(Vector3 const& origin, Vector3 const& direction) const

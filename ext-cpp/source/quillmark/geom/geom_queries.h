@@ -45,6 +45,7 @@ inline bool intersect_segment_segment(const Vector2& a, const Vector2& b, const 
   double const inv = 1.0 / (den + (parallel ? 1.0 : 0.0));
   double const t = s.perp(q) * inv;
   double const u = inv * r.perp(q);
+  // NOLINTNEXTLINE(readability-implicit-bool-conversion): | on bools, so no short cut
   if (parallel | (t < 0.0) | (t > 1.0) | (u < 0.0) | (u > 1.0)) {
     return false;
   }

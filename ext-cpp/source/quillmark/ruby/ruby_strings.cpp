@@ -84,6 +84,12 @@ void check_decodable(char const* p, char const* e, rb_encoding* enc) {
   }
 }
 
+// wchar_t is a signed 32-bit unit here as on the host's platform: a negative unit becomes a
+// value past U+10FFFF, which utf8_length refuses like any other.
+std::uint32_t code_of(wchar_t unit) {
+  return static_cast<std::uint32_t>(static_cast<std::int32_t>(unit));
+}
+
 }  // namespace
 
 VALUE to_value(char const* str) { return tag_utf8(rb_str_new_cstr(str)); }
@@ -102,7 +108,7 @@ VALUE to_value(wchar_t const* str, unsigned int length) {
   // (RangeError, "invalid codepoint 0xD800 in UTF-8" and the like).
   std::uint32_t total = 0;
   for (unsigned int i = 0; i < length; ++i) {
-    auto code = static_cast<std::uint32_t>(str[i]);
+    std::uint32_t const code = code_of(str[i]);
     unsigned bytes = utf8_length(code);
     if (bytes == 0) {
       rb_enc_uint_chr(code, rb_utf8_encoding());
@@ -115,7 +121,7 @@ VALUE to_value(wchar_t const* str, unsigned int length) {
   VALUE string = rb_str_new(nullptr, static_cast<long>(total));
   char* out = RSTRING_PTR(string);
   for (unsigned int i = 0; i < length; ++i) {
-    auto code = static_cast<std::uint32_t>(str[i]);
+    std::uint32_t const code = code_of(str[i]);
     out = put_utf8(code, utf8_length(code), out);
   }
   return tag_utf8(string);

@@ -75,7 +75,7 @@ public:
   static void* thread_task(void* worker) noexcept;
 
 private:
-  void wait_for_workers(std::uint64_t spin_ns);
+  void wait_for_workers(std::uint64_t poll_ns);
   void finish_slice();
 
   Worker* workers;
