@@ -62,34 +62,79 @@ std::string expected_error(const char* written) {
 
 }  // namespace
 
-TEST(GeometryVectors, RoundTripExactlyThroughPointsAndVectors) {
+// Every type there and back: exact without a factor. The 2 forms multiply lengths by the
+// factor one way, computed as the test computes it, and divide the other way; there and back
+// with 1/f returns the input up to the two roundings. Of a transformation only the
+// translation (elements 12 to 14) is a length.
+TEST(GeometryRoundTrip, EveryTypeThereAndBackAgain) {
   std::mt19937 rng(11);
   for (int round = 0; round < qmtest::rounds(200); ++round) {
-    Geom::Vector3 const v = random_vector(rng);
-    // Each direction of a 2 form multiplies by the factor.
-    double const factor = std::ldexp(1.0 + (rng() % 1000) / 1000.0, static_cast<int>(rng() % 9) - 4);
-    Geom::Vector3 const scaled(v.x * factor, v.y * factor, v.z * factor);
+    SCOPED_TRACE(round);
+    double const f = std::ldexp(1.0 + (rng() % 1000) / 1000.0, static_cast<int>(rng() % 9) - 4);
+    Geom::Vector3 const v = random_vector(rng), w = round == 0 ? v : random_vector(rng);
     struct {
       VALUE value;
       const char* check;
       Geom::Vector3 expected;
     } const made[] = {{RU::point_to_value(v), "$v.instance_of?(Geom::Point3d)", v},
                       {RU::vector_to_value(v), "$v.instance_of?(Geom::Vector3d)", v},
-                      {RU::point_to_value2(v, factor), "$v.instance_of?(Geom::Point3d)", scaled},
-                      {RU::vector_to_value2(v, factor), "$v.instance_of?(Geom::Vector3d)", scaled}};
+                      {RU::point_to_value2(v, f), "$v.instance_of?(Geom::Point3d)", v * f},
+                      {RU::vector_to_value2(v, f), "$v.instance_of?(Geom::Vector3d)", v * f}};
+    Geom::Vector3 back;
     for (auto const& m : made) {
       let("$v", m.value);
       ASSERT_TRUE(truthy(m.check)) << m.check;
-      Geom::Vector3 back = SENTINEL;
+      back = SENTINEL;
       RU::value_to_vector(m.value, back);
-      ASSERT_TRUE(same_vector(back, m.expected)) << "round " << round;
+      ASSERT_TRUE(same_vector(back, m.expected));
     }
-    // There and back again with 1/f returns the input up to the two roundings.
-    Geom::Vector3 back;
-    RU::value_to_vector2(made[2].value, back, 1.0 / factor);
+    RU::value_to_vector2(made[2].value, back, 1.0 / f);
     ASSERT_NEAR(back.x, v.x, 4e-16 * std::fabs(v.x));
     ASSERT_NEAR(back.y, v.y, 4e-16 * std::fabs(v.y));
     ASSERT_NEAR(back.z, v.z, 4e-16 * std::fabs(v.z));
+
+    Geom::Transformation t, scaled, matrix;
+    for (int k = 0; k < 16; ++k) t.data()[k] = random_coordinate(rng);
+    scaled = t;
+    for (int k = 12; k < 15; ++k) scaled.data()[k] *= f;
+    VALUE const ruby = let("$t", RU::transformation_to_value(t));
+    VALUE const ruby_scaled = let("$s", RU::transformation_to_value2(t, f));
+    ASSERT_TRUE(truthy("$t.instance_of?(Geom::Transformation)"));
+    VALUE const elements = let("$a", eval("$t.to_a")), scaled_elements = let("$b", eval("$s.to_a"));
+    for (long k = 0; k < 16; ++k) {
+      ASSERT_EQ(NUM2DBL(rb_ary_entry(elements, k)), t.data()[k]) << k;
+      ASSERT_EQ(NUM2DBL(rb_ary_entry(scaled_elements, k)), scaled.data()[k]) << k;
+    }
+    RU::value_to_transformation(ruby, matrix);
+    ASSERT_TRUE(same_matrix(matrix, t));
+    RU::value_to_transformation2(ruby, matrix, f);
+    ASSERT_TRUE(same_matrix(matrix, scaled));
+    RU::value_to_transformation2(ruby_scaled, matrix, 1.0 / f);
+    for (int k = 0; k < 16; ++k) ASSERT_NEAR(matrix.data()[k], t.data()[k], 4e-16 * std::fabs(t.data()[k]));
+
+    // Boxes, the first of one point.
+    Geom::BoundingBox3 const box(Geom::Vector3(std::fmin(v.x, w.x), std::fmin(v.y, w.y), std::fmin(v.z, w.z)),
+                                 Geom::Vector3(std::fmax(v.x, w.x), std::fmax(v.y, w.y), std::fmax(v.z, w.z)));
+    VALUE const ruby_box = let("$b", RU::bb_to_value(box));
+    ASSERT_TRUE(truthy("$b.instance_of?(Geom::BoundingBox) && !$b.empty?"));
+    Geom::BoundingBox3 box_back;
+    RU::value_to_bb(ruby_box, box_back);
+    ASSERT_TRUE(same_vector(box_back.min, box.min) && same_vector(box_back.max, box.max));
+    RU::value_to_bb(RU::bb_to_value2(box, f), box_back);
+    ASSERT_TRUE(same_vector(box_back.min, box.min * f) && same_vector(box_back.max, box.max * f));
+    RU::value_to_bb2(ruby_box, box_back, f);
+    ASSERT_TRUE(same_vector(box_back.min, box.min * f) && same_vector(box_back.max, box.max * f));
+
+    // Colours, the first two all 0 and all 255.
+    Geom::Color c(static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()),
+                  static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()));
+    if (round < 2) c = round == 0 ? Geom::Color(0, 0, 0, 0) : Geom::Color(255, 255, 255, 255);
+    VALUE const ruby_color = let("$c", RU::color_to_value(c));
+    let("$e", rb_ary_new_from_args(4, INT2FIX(c.r), INT2FIX(c.g), INT2FIX(c.b), INT2FIX(c.a)));
+    ASSERT_TRUE(truthy("$c.instance_of?(Sketchup::Color) && [$c.red, $c.green, $c.blue, $c.alpha] == $e"));
+    Geom::Color color_back(1, 2, 3, 4);
+    RU::value_to_color(ruby_color, color_back);
+    ASSERT_EQ(std::memcmp(&color_back, &c, sizeof c), 0);
   }
 }
 
@@ -164,32 +209,6 @@ TEST(GeometryVectors, SafeFormAnswersFalseInsteadOfRaising) {
   }
 }
 
-TEST(GeometryTransformations, RoundTripAllSixteenElementsInOrder) {
-  std::mt19937 rng(5);
-  for (int round = 0; round < qmtest::rounds(100); ++round) {
-    Geom::Transformation t, scaled, back;
-    for (int k = 0; k < 16; ++k) t.data()[k] = random_coordinate(rng);
-    // Only the translation is a length: the 2 forms scale elements 12, 13, 14 alone.
-    double const factor = 0.5 + (rng() % 100);
-    scaled = t;
-    for (int k = 12; k < 15; ++k) scaled.data()[k] *= factor;
-    VALUE const ruby = let("$t", RU::transformation_to_value(t));
-    ASSERT_TRUE(truthy("$t.instance_of?(Geom::Transformation)"));
-    VALUE const ruby_scaled = let("$s", RU::transformation_to_value2(t, factor));
-    VALUE const elements = let("$a", eval("$t.to_a")), scaled_elements = let("$b", eval("$s.to_a"));
-    for (long k = 0; k < 16; ++k) {
-      ASSERT_EQ(NUM2DBL(rb_ary_entry(elements, k)), t.data()[k]) << k;
-      ASSERT_EQ(NUM2DBL(rb_ary_entry(scaled_elements, k)), scaled.data()[k]) << k;
-    }
-    RU::value_to_transformation(ruby, back);
-    ASSERT_TRUE(same_matrix(back, t)) << "round " << round;
-    RU::value_to_transformation2(ruby, back, factor);
-    ASSERT_TRUE(same_matrix(back, scaled));
-    RU::value_to_transformation2(ruby_scaled, back, 1.0 / factor);
-    for (int k = 0; k < 16; ++k) ASSERT_NEAR(back.data()[k], t.data()[k], 4e-16 * std::fabs(t.data()[k]));
-  }
-}
-
 TEST(GeometryTransformations, HandsWhatIsNoTransformationToTheHost) {
   // What is no Transformation goes to the host's constructor; this host takes a point as a
   // translation and an Array of 16 as the elements.
@@ -221,47 +240,37 @@ TEST(GeometryTransformations, HandsWhatIsNoTransformationToTheHost) {
 }
 
 TEST(GeometryTransformations, AffineFormDividesTheWeightAndChecksTheAxes) {
-  const char* perpendicular =
-      "TypeError: Expected a uniform transformation, where axes are perpendicular to each other.";
-  const char* flat = "TypeError: Expected a non-flat transformation, where axes are non-zero-lengthed.";
-  // Each case: the 16 elements (column-major), then the error or the expected 16 elements,
-  // "=" when they are the input's.
+  const char* P = "TypeError: Expected a uniform transformation, where axes are perpendicular to each other.";
+  const char* F = "TypeError: Expected a non-flat transformation, where axes are non-zero-lengthed.";
+  // Each case: changes to the identity by element (column-major), then the error or the
+  // changes the result has, "=" when they are the input's.
+  eval("def qm_matrix(changes); a = [1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1]; changes.each { |k, v| a[k] = v }; "
+       "Geom::Transformation.new(a); end");
   const char* cases[][3] = {
       // Weight 2 over axes of length 2: unit axes and half the translation.
-      {"[2,0,0,0, 0,2,0,0, 0,0,2,0, 4,6,8,2]", "", "[1,0,0,0, 0,1,0,0, 0,0,1,0, 2,3,4,1]"},
-      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 1,0,0,-0.5]", "", "[-2,0,0,0, 0,-2,0,0, 0,0,-2,0, -2,0,0,1]"},
+      {"{0=>2, 5=>2, 10=>2, 12=>4, 13=>6, 14=>8, 15=>2}", "", "{12=>2, 13=>3, 14=>4}"},
+      {"{12=>1, 15=>-0.5}", "", "{0=>-2, 5=>-2, 10=>-2, 12=>-2}"},
       // Non-uniform and mirrored axes pass unchanged; the projective row is never read.
-      {"[2,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1]", "", "="},
-      {"[-1,0,0,0, 0,1,0,0, 0,0,3,0, 1,2,3,1]", "", "="},
-      {"[1,0,0,9, 0,1,0,9, 0,0,1,9, 1,2,3,1]", "", "[1,0,0,0, 0,1,0,0, 0,0,1,0, 1,2,3,1]"},
+      {"{0=>2}", "", "="}, {"{0=>-1, 10=>3, 12=>1, 13=>2, 14=>3}", "", "="},
+      {"{3=>9, 7=>9, 11=>9, 12=>1, 13=>2, 14=>3}", "", "{12=>1, 13=>2, 14=>3}"},
       // A weight at or below 1e-6 in size, or NaN, divides nothing.
-      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1e-7]", "", "[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1]"},
-      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1e-6]", "", "[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1]"},
-      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,-1e-6]", "", "[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1]"},
-      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,Float::NAN]", "", "[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1]"},
+      {"{12=>5, 15=>1e-7}", "", "{12=>5}"}, {"{12=>5, 15=>1e-6}", "", "{12=>5}"},
+      {"{12=>5, 15=>-1e-6}", "", "{12=>5}"}, {"{12=>5, 15=>Float::NAN}", "", "{12=>5}"},
       // Perpendicular means |dot| strictly below 0.001, for each pair of axes.
-      {"[1,0,0,0, 0.5,1,0,0, 0,0,1,0, 0,0,0,1]", perpendicular, ""},
-      {"[1,0,0,0, 0.001,1,0,0, 0,0,1,0, 0,0,0,1]", perpendicular, ""},
-      {"[1,0,0,0, -0.001,1,0,0, 0,0,1,0, 0,0,0,1]", perpendicular, ""},
-      {"[1,0,0,0, 0.0009765625,1,0,0, 0,0,1,0, 0,0,0,1]", "", "="},
-      {"[1,0,0,0, 0,1,0,0, 0.001,0,1,0, 0,0,0,1]", perpendicular, ""},
-      {"[1,0,0,0, 0,1,0,0, 0,0.001,1,0, 0,0,0,1]", perpendicular, ""},
-      {"[1,0,0,0, 0,1,0,0, 0,Float::NAN,1,0, 0,0,0,1]", perpendicular, ""},
+      {"{4=>0.5}", P, ""}, {"{4=>0.001}", P, ""}, {"{4=>-0.001}", P, ""}, {"{4=>0.0009765625}", "", "="},
+      {"{8=>0.001}", P, ""}, {"{9=>0.001}", P, ""}, {"{9=>Float::NAN}", P, ""},
       // Axes shorter than 1e-6 are flat; exactly 1e-6 is not.
-      {"[1,0,0,0, 0,1,0,0, 0,0,0,0, 0,0,0,1]", flat, ""},
-      {"[0,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1]", flat, ""},
-      {"[1,0,0,0, 0,9.9e-7,0,0, 0,0,1,0, 0,0,0,1]", flat, ""},
-      {"[1,0,0,0, 0,1,0,0, 0,0,1e7,0, 0,0,0,1e7]", flat, ""},
-      {"[1,0,0,0, 0,1,0,0, 0,0,1e-6,0, 0,0,0,1]", "", "="},
-      {"[1,0,0,0, 0,1,0,0, 0,0,-1e-6,0, 0,0,0,1]", "", "="},
+      {"{10=>0}", F, ""}, {"{0=>0}", F, ""}, {"{5=>9.9e-7}", F, ""}, {"{10=>1e7, 15=>1e7}", F, ""},
+      {"{10=>1e-6}", "", "="}, {"{10=>-1e-6}", "", "="},
   };
   for (auto const& c : cases) {
     Geom::Transformation out, expected;
     out.clear();
     expected.clear();  // untouched on error
-    VALUE value = let("$t", eval((std::string("Geom::Transformation.new(") + c[0] + ")").c_str()));
+    auto matrix = [](const char* changes) { return eval(("qm_matrix(" + std::string(changes) + ")").c_str()); };
+    VALUE value = let("$t", matrix(c[0]));
     EXPECT_EQ(raised_by([&] { RU::value_to_transformation3(value, out); }), c[1]) << c[0];
-    if (*c[1] == '\0') RU::value_to_transformation(eval(*c[2] == '=' ? c[0] : c[2]), expected);
+    if (*c[1] == '\0') RU::value_to_transformation(matrix(*c[2] == '=' ? c[0] : c[2]), expected);
     EXPECT_TRUE(same_matrix(out, expected)) << c[0];
   }
 }
@@ -284,27 +293,6 @@ TEST(GeometryTransformations, AffineFormKeepsRigidMotionsWithAnyAxisScales) {
     ASSERT_EQ(raised_by([&] { RU::value_to_transformation3(ruby, out); }), "") << "round " << round;
     for (int k = 0; k < 16; ++k)
       ASSERT_NEAR(out.data()[k], t.data()[k], 1e-13 * (1.0 + std::fabs(t.data()[k]))) << round << " element " << k;
-  }
-}
-
-TEST(GeometryBoxes, RoundTripAndScaleNonEmptyBoxes) {
-  std::mt19937 rng(8);
-  for (int round = 0; round < qmtest::rounds(100); ++round) {
-    Geom::Vector3 a = random_vector(rng);
-    Geom::Vector3 b = round == 0 ? a : random_vector(rng);  // first a box of one point
-    Geom::BoundingBox3 box(Geom::Vector3(std::fmin(a.x, b.x), std::fmin(a.y, b.y), std::fmin(a.z, b.z)),
-                           Geom::Vector3(std::fmax(a.x, b.x), std::fmax(a.y, b.y), std::fmax(a.z, b.z)));
-    VALUE ruby = let("$b", RU::bb_to_value(box));
-    ASSERT_TRUE(truthy("$b.instance_of?(Geom::BoundingBox) && !$b.empty?"));
-    Geom::BoundingBox3 back;
-    RU::value_to_bb(ruby, back);
-    ASSERT_TRUE(same_vector(back.min, box.min) && same_vector(back.max, box.max)) << round;
-    // Powers of two times 1 or 3: the products are the same doubles on both sides.
-    double factor = std::ldexp(1.0, static_cast<int>(rng() % 7) - 3) * (rng() % 2 ? 1 : 3);
-    RU::value_to_bb(RU::bb_to_value2(box, factor), back);
-    ASSERT_TRUE(same_vector(back.min, box.min * factor) && same_vector(back.max, box.max * factor));
-    RU::value_to_bb2(ruby, back, factor);
-    ASSERT_TRUE(same_vector(back.min, box.min * factor) && same_vector(back.max, box.max * factor));
   }
 }
 
@@ -354,22 +342,6 @@ TEST(GeometryBoxes, OnlyBoundingBoxesAreRead) {
   VALUE bad = let("$v", eval("QmBadMax.new.add([1, 2, 3])"));
   EXPECT_EQ(raised_by([&] { RU::value_to_bb(bad, out); }), qmtest::interpreter_error("nil", "x"));
   EXPECT_TRUE(same_vector(out.min, Geom::Vector3(1, 2, 3)) && same_vector(out.max, SENTINEL));
-}
-
-TEST(GeometryColors, RoundTripEveryChannel) {
-  std::mt19937 rng(42);
-  for (int round = 0; round < qmtest::rounds(100); ++round) {
-    Geom::Color c(static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()),
-                  static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()));
-    if (round < 2) c = round == 0 ? Geom::Color(0, 0, 0, 0) : Geom::Color(255, 255, 255, 255);
-    VALUE ruby = let("$c", RU::color_to_value(c));
-    let("$expected", eval(("[" + std::to_string(c.r) + ", " + std::to_string(c.g) + ", " + std::to_string(c.b) +
-                           ", " + std::to_string(c.a) + "]").c_str()));
-    ASSERT_TRUE(truthy("$c.instance_of?(Sketchup::Color) && [$c.red, $c.green, $c.blue, $c.alpha] == $expected"));
-    Geom::Color back(1, 2, 3, 4);
-    RU::value_to_color(ruby, back);
-    ASSERT_EQ(std::memcmp(&back, &c, sizeof c), 0) << "round " << round;
-  }
 }
 
 TEST(GeometryColors, HandsWhatIsNoColorToTheHost) {
