@@ -293,29 +293,22 @@ TEST_F(EntityFinders, ModelIsTheAddressSkpdocReports) {
   EXPECT_EQ(reinterpret_cast<uintptr_t>(model.ptr), NUM2ULL(eval("$m.skpdoc(true)")));
   // skpdoc is asked with true, and nothing else is checked: an address that names no model
   // still answers 0 and leaves the rejection to the first SDK call.
-  VALUE fake = qmtest::let("$v", eval(R"(
-    fake = Object.new
-    def fake.skpdoc(flag); raise ArgumentError, "expected true" unless flag == true; 4096; end
-    fake
-  )"));
+  VALUE fake = qmtest::let(
+      "$v", eval("Object.new.tap { |o| def o.skpdoc(flag); raise ArgumentError unless flag == true; 4096; end }"));
   EXPECT_EQ(RU::vsu_to_csu_model(fake, &model), SU_ERROR_NONE);
   EXPECT_EQ(model.ptr, nullptr);
 }
 
 TEST_F(EntityFinders, RubyErrorsPropagateBeforeTheSdkIsTouched) {
-  eval(R"(
-    $raising_id = qm_fake(model: $m, "group?": false)
-    def $raising_id.entityID; raise IOError, "no id"; end
-    $string_id = qm_fake(model: $m, entityID: "7", "group?": false)
-    $huge_id = qm_fake(model: $m, entityID: 2**40, "group?": false)
-    $bad_model = qm_fake(model: Object.new, entityID: 1, "group?": false)
-    $string_doc = qm_fake(model: qm_fake(skpdoc: "not an address"), entityID: 1, "group?": false)
-  )");
-  const char* cases[][2] = {{"$raising_id", "IOError: no id"}, {"$string_id", "TypeError"}, {"$huge_id", "RangeError"},
-                            {"$bad_model", "NoMethodError"}, {"$string_doc", "TypeError"}};
+  const char* cases[][2] = {
+      {"qm_fake(model: $m, 'group?': false).tap { |o| def o.entityID; raise IOError, 'no id'; end }", "IOError: no id"},
+      {"qm_fake(model: $m, entityID: '7', 'group?': false)", "TypeError"},
+      {"qm_fake(model: $m, entityID: 2**40, 'group?': false)", "RangeError"},
+      {"qm_fake(model: Object.new, entityID: 1, 'group?': false)", "NoMethodError"},
+      {"qm_fake(model: qm_fake(skpdoc: 'not an address'), entityID: 1, 'group?': false)", "TypeError"}};
   for (auto const& c : cases) {
+    const VALUE entity = qmtest::let("$v", eval(c[0]));
     for (Finder const* finder : {&GROUP, &INSTANCE, &DEFINITION}) {
-      const VALUE entity = rb_gv_get(c[0]);
       mark_outputs();
       EXPECT_EQ(qmtest::raised_by([&] { finder->find(entity); }).rfind(c[1], 0), 0u) << finder->name << " " << c[0];
       EXPECT_TRUE(untouched()) << finder->name << " " << c[0];
@@ -324,7 +317,6 @@ TEST_F(EntityFinders, RubyErrorsPropagateBeforeTheSdkIsTouched) {
   // Every Ruby call comes first: none of the raising cases reached the entity walk.
   EXPECT_EQ(su_standin_calls("SUModelGetEntities"), 0u);
   EXPECT_EQ(su_standin_calls("SUModelGetNumComponentDefinitions"), 0u);
-  eval("$raising_id = $string_id = $huge_id = $bad_model = $string_doc = nil");
 }
 
 class DefinitionOfPlacement : public EntityFinders {
