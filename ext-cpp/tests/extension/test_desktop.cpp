@@ -1,8 +1,8 @@
-// The desktop stand-in's own bookkeeping, which the other tests lean on to see a leak, a
-// double release or a wrong cursor count. What it lists and which windows the application
-// knows are checked through the window activation's property test.
+// The desktop stand-in's own bookkeeping, which the other tests lean on to see a leak, and its
+// lock. What it lists, which windows the application knows and how it counts cursor hides are
+// pinned by the activation and input helper tests, whose expectations are written out
+// independently.
 
-#include <Carbon/Carbon.h>
 #include <CoreGraphics/CoreGraphics.h>
 #include <objc_seam.h>
 
@@ -12,8 +12,6 @@
 #include "desktop_fixture.h"
 
 namespace {
-
-using DesktopDeathTest = DesktopTest;
 
 TEST_F(DesktopTest, ReleasingTheLastReferenceFreesAnObjectAndEverythingItHolds) {
   add_own(1, 0, MAIN_WINDOW);
@@ -27,43 +25,6 @@ TEST_F(DesktopTest, ReleasingTheLastReferenceFreesAnObjectAndEverythingItHolds) 
   EXPECT_EQ(desktop_live_cf_objects(), before + 1);
   CFRelease(event);
   EXPECT_EQ(desktop_live_cf_objects(), before);
-}
-
-TEST_F(DesktopDeathTest, MisusingACFObjectAbortsWithAReport) {
-  add_own(1, 0, MAIN_WINDOW);
-  EXPECT_DEATH(
-      {
-        CFArrayRef list = CGWindowListCopyWindowInfo(kCGWindowListOptionAll, kCGNullWindowID);
-        CFRelease(list);
-        CFRelease(list);
-      },
-      "not alive");
-  EXPECT_DEATH(
-      {
-        CFArrayRef list = CGWindowListCopyWindowInfo(kCGWindowListOptionAll, kCGNullWindowID);
-        const void* info = CFArrayGetValueAtIndex(list, 0);
-        CFRelease(list);
-        ns_object_for_keyed_subscript(info, kCGWindowNumber);
-      },
-      "not a live CF object");
-}
-
-TEST_F(DesktopTest, CursorHidesAreCountedAndShowsStopAtZero) {
-  CGDisplayHideCursor(0);
-  CGDisplayHideCursor(0);
-  CGDisplayShowCursor(0);
-  EXPECT_FALSE(CGCursorIsVisible());
-  CGDisplayShowCursor(0);
-  EXPECT_TRUE(CGCursorIsVisible());
-  // A surplus show is not banked: one hide still hides.
-  CGDisplayShowCursor(0);
-  CGDisplayHideCursor(0);
-  EXPECT_FALSE(CGCursorIsVisible());
-  EXPECT_EQ(desktop_call_count(DESKTOP_CALL_SHOW_CURSOR), 3);
-  EXPECT_EQ(desktop_call_count(DESKTOP_CALL_HIDE_CURSOR), 3);
-  EXPECT_EQ(desktop_call_count(DESKTOP_CALL_CURSOR_IS_VISIBLE), 3);
-  desktop_set_cursor_hide_count(-3);
-  EXPECT_EQ(desktop_cursor_hide_count(), 0);
 }
 
 TEST_F(DesktopTest, ConcurrentCallersLeaveTheStateConsistent) {
