@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <algorithm>
 #include <cstring>
 #include <iomanip>
 #include <limits>
@@ -310,6 +311,27 @@ TEST_F(Attributes, AnArrayItemThatIsNoDoubleStopsTheReadAfterTheItemsBeforeIt) {
     const double* components = &partial.x;
     for (size_t i = 0; i < 3; ++i) EXPECT_EQ(components[i], i < bad ? 10.0 + i : 9.0) << "bad " << bad << " item " << i;
   }
+}
+
+// The SDK stand-in's string copy, as strict as these tests need it: a reader that passed a
+// wrong size or reused a live reference would otherwise go unnoticed.
+TEST(SketchupApi, Utf8CopyHonoursTheBufferSizeAndRefusesMisuse) {
+  const size_t live = su_standin_live_strings();
+  SUStringRef string = SU_INVALID;
+  ASSERT_EQ(SUStringCreateFromUTF8(&string, "hello"), SU_ERROR_NONE);
+  EXPECT_EQ(SUStringCreate(&string), SU_ERROR_OVERWRITE_VALID) << "a live reference must not be overwritten";
+  for (size_t size = 0; size <= 8; ++size) {
+    char buffer[9] = "########";
+    size_t copied = 99;
+    const size_t expected = size == 0 ? 99 : std::min<size_t>(size - 1, 5);
+    EXPECT_EQ(SUStringGetUTF8(string, size, buffer, &copied), size == 0 ? SU_ERROR_INSUFFICIENT_SIZE : SU_ERROR_NONE);
+    EXPECT_EQ(copied, expected) << size;
+    const std::string written = size == 0 ? "" : std::string("hello", expected) + '\0';
+    EXPECT_EQ(std::string(buffer, 8), written + std::string(8 - written.size(), '#')) << size;
+  }
+  ASSERT_EQ(SUStringRelease(&string), SU_ERROR_NONE);
+  EXPECT_EQ(SUStringRelease(&string), SU_ERROR_INVALID_INPUT);
+  EXPECT_EQ(su_standin_live_strings(), live);
 }
 
 }  // namespace
