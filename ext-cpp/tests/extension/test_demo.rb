@@ -19,13 +19,11 @@ class DemoTest < Minitest::Test
 
   def check(scenarios)
     assert_equal 2, scenarios.size
-    found, not_found = scenarios
-    assert_includes found, "Quillmark.focus_on_sketchup_window => true"
-    assert_includes found, "Key window: #203 house.skp - main window"
-    assert_includes found, "Windows made key: 1; CF objects left over: 0"
-    assert_includes not_found, "Quillmark.focus_on_sketchup_window => false"
-    assert_includes not_found, "Key window: none"
-    assert_includes not_found, "Windows made key: 0; CF objects left over: 0"
+    scenarios.zip(%w[true false], ["#203 house.skp - main window", "none"], [1, 0]) do |lines, answer, key, made|
+      assert_includes lines, "Quillmark.focus_on_sketchup_window => #{answer}"
+      assert_includes lines, "Key window: #{key}"
+      assert_includes lines, "Windows made key: #{made}; CF objects left over: 0"
+    end
   end
 
   def test_with_the_library_path_given

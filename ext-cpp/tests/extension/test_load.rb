@@ -15,100 +15,71 @@ class LoadTest < Minitest::Test
   HOST = File.expand_path("../../platform/host_ruby/sketchup.rb", __dir__)
   BUNDLE = File.join(BUNDLE_DIR, "bin_Quillmark.#{RbConfig::CONFIG['DLEXT']}")
 
-  # Runs code in a new interpreter that can require the bundle; answers its standard
-  # output, failing on a non-zero exit.
-  def ruby(code)
+  # The lines a new interpreter that can require the bundle prints running code (after the
+  # host stand-in unless host is false); fails on a non-zero exit.
+  def ruby(code, host = true)
+    code = "require #{HOST.dump}\n#{code}" if host
     out, err, status = Open3.capture3(RbConfig.ruby, "-I", BUNDLE_DIR, "-e", code)
     assert status.success?, "child failed (#{status}):\n#{err}"
-    out
+    out.lines.map(&:chomp)
   end
 
-  def with_host(code)
-    ruby("require #{HOST.dump}\n#{code}")
+  # The names a binary exports, or with all: false every name in its symbol table.
+  def symbols(binary, all: false)
+    out, status = Open3.capture2("nm", *(all ? [] : ["-D", "--defined-only"]), binary)
+    assert status.success?
+    out.lines.map { |line| line.split.last }
   end
 
-  def test_loaded_module_offers_one_function_of_arity_zero
-    out = with_host(<<-RUBY)
-      require "bin_Quillmark"
-      p Quillmark.singleton_methods
-      p Quillmark.method(:focus_on_sketchup_window).arity
+  def test_loads_once_and_offers_one_function_of_arity_zero
+    lines = ruby(<<-RUBY)
+      p require("bin_Quillmark"), require("bin_Quillmark")
+      p Quillmark.singleton_methods, Quillmark.method(:focus_on_sketchup_window).arity
       p Quillmark.private_instance_methods(false)
-      begin
-        Quillmark.focus_on_sketchup_window(1)
-      rescue ArgumentError => e
-        puts e.message
-      end
-      # The interpreter's own wording for the same mistake, which differs between versions.
+      # The desktop stand-in starts with no window at all.
+      p Quillmark.focus_on_sketchup_window
+      # The interpreter's own wording for a wrong argument count differs between versions.
       def no_arguments; end
-      begin
-        no_arguments(1)
-      rescue ArgumentError => e
-        puts e.message
+      [-> { Quillmark.focus_on_sketchup_window(1) }, -> { no_arguments(1) }].each do |call|
+        begin
+          call.call
+        rescue ArgumentError => e
+          puts e.message
+        end
       end
     RUBY
-    lines = out.lines.map(&:chomp)
-    assert_equal ["[:focus_on_sketchup_window]", "0", "[:focus_on_sketchup_window]"], lines[0, 3]
-    assert_match(/\A\S.*1.*0/, lines[3])
-    assert_equal lines[4], lines[3]
+    assert_equal ["true", "false", "[:focus_on_sketchup_window]", "0", "[:focus_on_sketchup_window]", "false"],
+                 lines[0, 6]
+    assert_match(/\A\S.*1.*0/, lines[6])
+    assert_equal lines[7], lines[6]
   end
 
-  def test_requiring_twice_loads_once
-    out = with_host('p require("bin_Quillmark"), require("bin_Quillmark")')
-    assert_equal "true\nfalse\n", out
-  end
-
-  def test_without_the_host_the_load_raises_name_error_and_leaves_the_module_empty
-    out = ruby(<<-RUBY)
+  def test_a_missing_host_fails_the_load_before_the_function_is_defined
+    code = <<-RUBY
       begin
         require "bin_Quillmark"
-        puts "loaded"
       rescue NameError => e
-        puts e.class, e.message
+        puts e.message
       end
-      p defined?(Quillmark)
       p Quillmark.singleton_methods + Quillmark.private_instance_methods(false)
     RUBY
-    assert_equal ["NameError", "uninitialized constant Sketchup", '"constant"', "[]"],
-                 out.lines.map(&:chomp)
+    assert_equal ["uninitialized constant Sketchup", "[]"], ruby(code, false)
+    assert_equal ["uninitialized constant Sketchup::Material", "[]"],
+                 ruby("Sketchup.send(:remove_const, :Material)\n#{code}")
   end
 
-  def test_a_missing_host_class_fails_the_load_before_the_function_is_defined
-    out = with_host(<<-RUBY)
-      Sketchup.send(:remove_const, :Material)
-      begin
-        require "bin_Quillmark"
-      rescue NameError => e
-        puts e.message
-      end
-      p Quillmark.respond_to?(:focus_on_sketchup_window)
-    RUBY
-    assert_equal "uninitialized constant Sketchup::Material\nfalse\n", out
-  end
-
-  def test_the_function_answers_without_a_window_of_this_process
-    # The desktop stand-in starts with no window at all.
-    assert_equal "false\n", with_host('require "bin_Quillmark"; p Quillmark.focus_on_sketchup_window')
-  end
-
-  def test_the_bundle_exports_its_init_function_alone
-    out, status = Open3.capture2("nm", "-D", "--defined-only", BUNDLE)
-    assert status.success?
-    exported = out.lines.map { |line| line.split.last }
-    assert_equal ["Init_bin_Quillmark"], exported
-  end
-
-  # The stand-ins the bundle loads offer their C interface and nothing else: no C++ symbol
-  # (such as a standard container's code) that another library could bind to instead.
-  def test_the_platform_libraries_export_c_names_alone
+  # The bundle exports its entry point alone, and the stand-ins it loads offer their C
+  # interface and nothing else: no C++ symbol (such as a standard container's code) that
+  # another library could bind to instead.
+  def test_the_bundle_and_the_platform_libraries_export_c_names_alone
+    assert_equal ["Init_bin_Quillmark"], symbols(BUNDLE)
     deps, status = Open3.capture2("ldd", BUNDLE)
     assert status.success?
     libraries = deps.scan(%r{=> (\S*libquillmark_\w+\.so)}).flatten
     assert_equal %w[libquillmark_desktop.so libquillmark_sketchup_api.so],
                  libraries.map { |path| File.basename(path) }.sort
     libraries.each do |library|
-      out, status = Open3.capture2("nm", "-D", "--defined-only", library)
-      assert status.success?
-      exported = out.lines.map { |line| line.split.last }
+      exported = symbols(library)
       refute_empty exported, library
       assert_empty exported.grep(/\A_Z/), "#{library} exports C++ symbols"
     end
@@ -120,11 +91,8 @@ class LoadTest < Minitest::Test
 
     # Every dynamic initialiser the compiler emits is a _GLOBAL__sub_I_<file> function
     # referenced from .init_array; only the transformation's file may have one.
-    out, status = Open3.capture2("nm", BUNDLE)
-    assert status.success?
-    initialisers = out.lines.map { |line| line.split.last }.grep(/\A_GLOBAL__sub_I_/)
+    initialisers = symbols(BUNDLE, all: true).grep(/\A_GLOBAL__sub_I_/)
     assert_empty initialisers.reject { |name| name.include?("geom_transformation") }
-
     sections, status = Open3.capture2("readelf", "-W", "-S", BUNDLE)
     assert status.success?
     init_array = sections.lines.find { |line| line.include?(".init_array") }

@@ -20,94 +20,122 @@ namespace {
 
 constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double INF = std::numeric_limits<double>::infinity();
+const Geom::Vector3 SENTINEL(-7.0, -7.0, -7.0);
 
 // Equal, counting NaN as equal to NaN: an outcome table holds both.
 bool same(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }
 
-::testing::AssertionResult same_vector(Geom::Vector3 const& actual, Geom::Vector3 const& expected) {
-  if (same(actual.x, expected.x) && same(actual.y, expected.y) && same(actual.z, expected.z)) {
-    return ::testing::AssertionSuccess();
-  }
-  return ::testing::AssertionFailure() << "(" << actual.x << ", " << actual.y << ", " << actual.z
-                                       << ") != (" << expected.x << ", " << expected.y << ", "
-                                       << expected.z << ")";
+::testing::AssertionResult same_vector(Geom::Vector3 const& a, Geom::Vector3 const& e) {
+  if (same(a.x, e.x) && same(a.y, e.y) && same(a.z, e.z)) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << a.x << " " << a.y << " " << a.z << " != " << e.x << " " << e.y << " " << e.z;
 }
 
-::testing::AssertionResult same_matrix(Geom::Transformation const& actual,
-                                       Geom::Transformation const& expected) {
+::testing::AssertionResult same_matrix(Geom::Transformation const& a, Geom::Transformation const& e) {
   for (int k = 0; k < 16; ++k) {
-    if (!same(actual.data()[k], expected.data()[k])) {
-      return ::testing::AssertionFailure()
-             << "element " << k << ": " << actual.data()[k] << " != " << expected.data()[k];
-    }
+    if (!same(a.data()[k], e.data()[k]))
+      return ::testing::AssertionFailure() << "element " << k << ": " << a.data()[k] << " != " << e.data()[k];
   }
   return ::testing::AssertionSuccess();
 }
 
-double element_of(VALUE array, long k) { return NUM2DBL(rb_ary_entry(array, k)); }
-
 double random_coordinate(std::mt19937& rng) {
-  std::uniform_real_distribution<double> mantissa(-1.0, 1.0);
-  std::uniform_int_distribution<int> exponent(-20, 20);
-  return std::ldexp(mantissa(rng), exponent(rng));
+  return std::ldexp(std::uniform_real_distribution<double>(-1.0, 1.0)(rng),
+                    std::uniform_int_distribution<int>(-20, 20)(rng));
 }
 
 Geom::Vector3 random_vector(std::mt19937& rng) {
   return Geom::Vector3(random_coordinate(rng), random_coordinate(rng), random_coordinate(rng));
 }
 
-Geom::Transformation random_matrix(std::mt19937& rng) {
-  Geom::Transformation t;
-  for (int k = 0; k < 16; ++k) t.data()[k] = random_coordinate(rng);
-  return t;
+// What the interpreter raises, in its own words, for an error written "Class|x" (what
+// `$v.x` raises) or "Class|f:code" (what rb_num2dbl raises for the value of code); any other
+// text is the expected error itself.
+std::string expected_error(const char* written) {
+  std::string expected = written;
+  std::size_t const bar = expected.find('|');
+  if (bar == std::string::npos) return expected;
+  std::string const how = expected.substr(bar + 1), error_class = expected.substr(0, bar) + ": ";
+  expected = how == "x" ? qmtest::interpreter_error("$v", "x") : qmtest::float_conversion_error(how.substr(2).c_str());
+  EXPECT_EQ(expected.rfind(error_class, 0), 0u) << written << ": " << expected;
+  return expected;
 }
-
-const Geom::Vector3 SENTINEL(-7.0, -7.0, -7.0);
 
 }  // namespace
 
-TEST(GeometryVectors, RoundTripExactlyThroughPointsAndVectors) {
+// Every type there and back: exact without a factor. The 2 forms multiply lengths by the
+// factor one way, computed as the test computes it, and divide the other way; there and back
+// with 1/f returns the input up to the two roundings. Of a transformation only the
+// translation (elements 12 to 14) is a length.
+TEST(GeometryRoundTrip, EveryTypeThereAndBackAgain) {
   std::mt19937 rng(11);
   for (int round = 0; round < qmtest::rounds(200); ++round) {
-    Geom::Vector3 v = random_vector(rng);
+    SCOPED_TRACE(round);
+    double const f = std::ldexp(1.0 + (rng() % 1000) / 1000.0, static_cast<int>(rng() % 9) - 4);
+    Geom::Vector3 const v = random_vector(rng), w = round == 0 ? v : random_vector(rng);
+    struct {
+      VALUE value;
+      const char* check;
+      Geom::Vector3 expected;
+    } const made[] = {{RU::point_to_value(v), "$v.instance_of?(Geom::Point3d)", v},
+                      {RU::vector_to_value(v), "$v.instance_of?(Geom::Vector3d)", v},
+                      {RU::point_to_value2(v, f), "$v.instance_of?(Geom::Point3d)", v * f},
+                      {RU::vector_to_value2(v, f), "$v.instance_of?(Geom::Vector3d)", v * f}};
     Geom::Vector3 back;
-
-    VALUE point = let("$p", RU::point_to_value(v));
-    ASSERT_TRUE(truthy("$p.instance_of?(Geom::Point3d)"));
-    RU::value_to_vector(point, back);
-    ASSERT_TRUE(same_vector(back, v)) << "round " << round;
-
-    VALUE vector = let("$v", RU::vector_to_value(v));
-    ASSERT_TRUE(truthy("$v.instance_of?(Geom::Vector3d)"));
-    back = SENTINEL;
-    RU::value_to_vector(vector, back);
-    ASSERT_TRUE(same_vector(back, v)) << "round " << round;
-
-    // Each direction of a 2 form multiplies by the factor; there and back again with 1/f
-    // returns the input up to the two roundings.
-    double factor = std::ldexp(1.0 + (rng() % 1000) / 1000.0, static_cast<int>(rng() % 9) - 4);
-    VALUE scaled = RU::point_to_value2(v, factor);
-    Geom::Vector3 direct;
-    RU::value_to_vector(scaled, direct);
-    ASSERT_TRUE(same_vector(direct, Geom::Vector3(v.x * factor, v.y * factor, v.z * factor)));
-    RU::value_to_vector2(scaled, back, 1.0 / factor);
+    for (auto const& m : made) {
+      let("$v", m.value);
+      ASSERT_TRUE(truthy(m.check)) << m.check;
+      back = SENTINEL;
+      RU::value_to_vector(m.value, back);
+      ASSERT_TRUE(same_vector(back, m.expected));
+    }
+    RU::value_to_vector2(made[2].value, back, 1.0 / f);
     ASSERT_NEAR(back.x, v.x, 4e-16 * std::fabs(v.x));
     ASSERT_NEAR(back.y, v.y, 4e-16 * std::fabs(v.y));
     ASSERT_NEAR(back.z, v.z, 4e-16 * std::fabs(v.z));
 
-    VALUE scaled_vector = let("$v", RU::vector_to_value2(v, factor));
-    ASSERT_TRUE(truthy("$v.instance_of?(Geom::Vector3d)"));
-    RU::value_to_vector(scaled_vector, direct);
-    ASSERT_TRUE(same_vector(direct, Geom::Vector3(v.x * factor, v.y * factor, v.z * factor)));
-  }
+    Geom::Transformation t, scaled, matrix;
+    for (int k = 0; k < 16; ++k) t.data()[k] = random_coordinate(rng);
+    scaled = t;
+    for (int k = 12; k < 15; ++k) scaled.data()[k] *= f;
+    VALUE const ruby = let("$t", RU::transformation_to_value(t));
+    VALUE const ruby_scaled = let("$s", RU::transformation_to_value2(t, f));
+    ASSERT_TRUE(truthy("$t.instance_of?(Geom::Transformation)"));
+    VALUE const elements = let("$a", eval("$t.to_a")), scaled_elements = let("$b", eval("$s.to_a"));
+    for (long k = 0; k < 16; ++k) {
+      ASSERT_EQ(NUM2DBL(rb_ary_entry(elements, k)), t.data()[k]) << k;
+      ASSERT_EQ(NUM2DBL(rb_ary_entry(scaled_elements, k)), scaled.data()[k]) << k;
+    }
+    RU::value_to_transformation(ruby, matrix);
+    ASSERT_TRUE(same_matrix(matrix, t));
+    RU::value_to_transformation2(ruby, matrix, f);
+    ASSERT_TRUE(same_matrix(matrix, scaled));
+    RU::value_to_transformation2(ruby_scaled, matrix, 1.0 / f);
+    for (int k = 0; k < 16; ++k) ASSERT_NEAR(matrix.data()[k], t.data()[k], 4e-16 * std::fabs(t.data()[k]));
 
-  Geom::Vector3 inches;
-  VALUE millimetres = let("$p", RU::point_to_value2(Geom::Vector3(1, 2, 3), 25.4));
-  EXPECT_TRUE(truthy("($p.to_a.zip([25.4, 50.8, 76.2])).all? { |a, b| (a - b).abs < 1e-12 }"));
-  RU::value_to_vector2(millimetres, inches, 1.0 / 25.4);
-  EXPECT_NEAR(inches.x, 1.0, 1e-15);
-  EXPECT_NEAR(inches.y, 2.0, 1e-15);
-  EXPECT_NEAR(inches.z, 3.0, 1e-15);
+    // Boxes, the first of one point.
+    Geom::BoundingBox3 const box(Geom::Vector3(std::fmin(v.x, w.x), std::fmin(v.y, w.y), std::fmin(v.z, w.z)),
+                                 Geom::Vector3(std::fmax(v.x, w.x), std::fmax(v.y, w.y), std::fmax(v.z, w.z)));
+    VALUE const ruby_box = let("$b", RU::bb_to_value(box));
+    ASSERT_TRUE(truthy("$b.instance_of?(Geom::BoundingBox) && !$b.empty?"));
+    Geom::BoundingBox3 box_back;
+    RU::value_to_bb(ruby_box, box_back);
+    ASSERT_TRUE(same_vector(box_back.min, box.min) && same_vector(box_back.max, box.max));
+    RU::value_to_bb(RU::bb_to_value2(box, f), box_back);
+    ASSERT_TRUE(same_vector(box_back.min, box.min * f) && same_vector(box_back.max, box.max * f));
+    RU::value_to_bb2(ruby_box, box_back, f);
+    ASSERT_TRUE(same_vector(box_back.min, box.min * f) && same_vector(box_back.max, box.max * f));
+
+    // Colours, the first two all 0 and all 255.
+    Geom::Color c(static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()),
+                  static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()));
+    if (round < 2) c = round == 0 ? Geom::Color(0, 0, 0, 0) : Geom::Color(255, 255, 255, 255);
+    VALUE const ruby_color = let("$c", RU::color_to_value(c));
+    let("$e", rb_ary_new_from_args(4, INT2FIX(c.r), INT2FIX(c.g), INT2FIX(c.b), INT2FIX(c.a)));
+    ASSERT_TRUE(truthy("$c.instance_of?(Sketchup::Color) && [$c.red, $c.green, $c.blue, $c.alpha] == $e"));
+    Geom::Color color_back(1, 2, 3, 4);
+    RU::value_to_color(ruby_color, color_back);
+    ASSERT_EQ(std::memcmp(&color_back, &c, sizeof c), 0);
+  }
 }
 
 TEST(GeometryVectors, OutcomeOfEveryKindOfInput) {
@@ -116,49 +144,46 @@ TEST(GeometryVectors, OutcomeOfEveryKindOfInput) {
        "class QmBadToA < Geom::Point3d; def to_a; 'xyz'; end; end\n"
        "class QmList < Array; end");
   const Geom::Vector3 S = SENTINEL;
-  // Successes first; for failures the error and what was stored before the raise. Errors the
-  // interpreter raises for us are written "Class|x" (what `$v.x` raises) or "Class|f:code"
-  // (what rb_num2dbl raises for the value of code), in this interpreter's own words.
+  // Successes first; for failures the error (see expected_error) and what was stored before
+  // the raise. Then the safe form: 'y' when it takes the value as value_to_vector does, 'n'
+  // when it answers false (with out untouched) instead of raising; it asks only arrays of
+  // three Numerics and points and vectors, so QmXyz is refused.
   struct Case {
     const char* expression;
     const char* error;
     Geom::Vector3 left;
+    char safe;
   } const cases[] = {
-      {"[1.5, -2, 3, :ignored]", "", {1.5, -2, 3}}, {"QmList[4, 5, 6]", "", {4, 5, 6}},
-      {"[2**53, 1r/4, -0.0]", "", {9007199254740992.0, 0.25, -0.0}},
-      {"[10**400, -10**400, Float::NAN]", "", {INF, -INF, NaN}},
-      {"[0.0, 1e-300, -(2**62)]", "", {0, 1e-300, -4611686018427387904.0}},
-      {"[Float::INFINITY, 1.7272337110188893e-77, 2.0**-255]", "", {INF, 1.7272337110188893e-77, std::ldexp(1, -255)}},
-      {"QmXyz.new", "", {1, 2.5, -3}}, {"Geom::Vector3d.new(1, 2, 3)", "", {1, 2, 3}},
-      {"QmNoXyz.new(4, 5, 6)", "", {4, 5, 6}},  // a point is read through to_a
-      {"nil", "NoMethodError|x", S}, {"true", "NoMethodError|x", S}, {"false", "NoMethodError|x", S},
-      {"'1, 2, 3'", "NoMethodError|x", S}, {":xyz", "NoMethodError|x", S},
-      {"{x: 1, y: 2, z: 3}", "NoMethodError|x", S}, {"Object.new", "NoMethodError|x", S},
-      {"10**400", "NoMethodError|x", S}, {"Float::NAN", "NoMethodError|x", S},
-      {"QmBadToA.new", "TypeError: wrong argument type String (expected Array)", S},
-      {"[]", "TypeError|f:nil", S},
-      {"[1, 2]", "TypeError|f:nil", {1, 2, -7}},
-      {"[1, nil, 3]", "TypeError|f:nil", {1, -7, -7}},
-      {"[1, 2, '3']", "TypeError|f:'3'", {1, 2, -7}},
-      {"[true, 2, 3]", "TypeError|f:true", S},
-      {"[1, :b, 3]", "TypeError|f::b", {1, -7, -7}},
-      {"[1, 2, Complex(1, 1)]", "RangeError|f:Complex(1, 1)", {1, 2, -7}},
+      {"[1.5, -2, 3, :ignored]", "", {1.5, -2, 3}, 'y'}, {"QmList[4, 5, 6]", "", {4, 5, 6}, 'y'},
+      {"[2**53, 1r/4, -0.0]", "", {9007199254740992.0, 0.25, -0.0}, 'y'},
+      {"[10**400, -10**400, Float::NAN]", "", {INF, -INF, NaN}, 'y'},
+      {"[0.0, 1e-300, -(2**62)]", "", {0, 1e-300, -4611686018427387904.0}, 'y'},
+      {"[Float::INFINITY, 1.7272337110188893e-77, 2.0**-255]", "", {INF, 1.7272337110188893e-77, std::ldexp(1, -255)}, 'y'},
+      {"QmXyz.new", "", {1, 2.5, -3}, 'n'}, {"Geom::Vector3d.new(1, 2, 3)", "", {1, 2, 3}, 'y'},
+      {"Geom::Point3d.new(7, 8, 9)", "", {7, 8, 9}, 'y'},
+      {"QmNoXyz.new(4, 5, 6)", "", {4, 5, 6}, '-'},  // a point is read through to_a
+      {"nil", "NoMethodError|x", S, 'n'}, {"true", "NoMethodError|x", S, 'n'}, {"'1, 2, 3'", "NoMethodError|x", S, 'n'},
+      {":xyz", "NoMethodError|x", S, 'n'}, {"Object.new", "NoMethodError|x", S, 'n'},
+      {"10**400", "NoMethodError|x", S, 'n'}, {"Float::NAN", "NoMethodError|x", S, 'n'},
+      {"QmBadToA.new", "TypeError: wrong argument type String (expected Array)", S, '-'},
+      {"[]", "TypeError|f:nil", S, 'n'}, {"[1, 2]", "TypeError|f:nil", {1, 2, -7}, 'n'},
+      {"[1, nil, 3]", "TypeError|f:nil", {1, -7, -7}, 'n'}, {"[1, 2, '3']", "TypeError|f:'3'", {1, 2, -7}, 'n'},
+      {"['a', 2, 3]", "TypeError|f:'a'", S, 'n'}, {"[true, 2, 3]", "TypeError|f:true", S, 'n'},
+      {"[1, :b, 3]", "TypeError|f::b", {1, -7, -7}, 'n'},
+      {"[1, 2, Complex(1, 1)]", "RangeError|f:Complex(1, 1)", {1, 2, -7}, '-'},
   };
   for (Case const& c : cases) {
     Geom::Vector3 out = SENTINEL;
     VALUE value = let("$v", eval(c.expression));
     std::string error = raised_by([&] { RU::value_to_vector(value, out); });
-    std::string expected = c.error;
-    std::size_t const bar = expected.find('|');
-    if (bar != std::string::npos) {
-      std::string const how = expected.substr(bar + 1);
-      std::string const error_class = expected.substr(0, bar) + ": ";
-      expected = how == "x" ? qmtest::interpreter_error("$v", "x")
-                            : qmtest::float_conversion_error(how.substr(2).c_str());
-      ASSERT_EQ(expected.rfind(error_class, 0), 0u) << c.expression << ": " << expected;
-    }
-    EXPECT_EQ(error, expected) << c.expression;
+    EXPECT_EQ(error, expected_error(c.error)) << c.expression;
     EXPECT_TRUE(same_vector(out, c.left)) << c.expression;
+    if (c.safe == '-') continue;
+    bool accepted = c.safe != 'y';
+    out = SENTINEL;
+    EXPECT_EQ(raised_by([&] { accepted = RU::value_to_vector_safe(value, out); }), "") << c.expression;
+    EXPECT_EQ(accepted, c.safe == 'y') << c.expression;
+    EXPECT_TRUE(same_vector(out, c.safe == 'y' ? c.left : S)) << c.expression;
   }
 
   VALUE array = let("$a", eval("[0, 1.5, 2, 3r, nil]"));
@@ -170,209 +195,90 @@ TEST(GeometryVectors, OutcomeOfEveryKindOfInput) {
   EXPECT_TRUE(same_vector(out, Geom::Vector3(2, 3, -6)));
 }
 
-TEST(GeometryVectors, SafeFormAnswersFalseInsteadOfRaising) {
-  eval("class QmXyz2; def x; 1; end; def y; 2; end; def z; 3; end; end");
-  struct Case {
-    const char* expression;
-    bool accepted;
-    Geom::Vector3 result;
-  } const cases[] = {
-      {"[1, 2, 3, 4]", true, {1, 2, 3}}, {"[1, 2, 3, 'ignored']", true, {1, 2, 3}},
-      {"[1.5, 2r, 10**400]", true, {1.5, 2, INF}}, {"[Float::NAN, 0, 0]", true, {NaN, 0, 0}},
-      {"Geom::Vector3d.new(4, 5, 6)", true, {4, 5, 6}}, {"Geom::Point3d.new(7, 8, 9)", true, {7, 8, 9}},
-  };
-  for (Case const& c : cases) {
-    Geom::Vector3 out = SENTINEL;
-    EXPECT_TRUE(RU::value_to_vector_safe(eval(c.expression), out)) << c.expression;
-    EXPECT_TRUE(same_vector(out, c.result)) << c.expression;
-  }
-  // QmXyz2 answers x, y and z but is no point or vector.
-  for (const char* refused : {"[1, 'a', 3]", "['a', 2, 3]", "[1, 2, nil]", "[1, 2]", "[]", "nil",
-                              "true", "false", "'1 2 3'", ":xyz", "{x: 1, y: 2, z: 3}", "Object.new",
-                              "QmXyz2.new", "10**400", "Float::NAN"}) {
-    Geom::Vector3 out = SENTINEL;
-    bool accepted = true;
-    VALUE value = let("$v", eval(refused));
-    EXPECT_EQ(raised_by([&] { accepted = RU::value_to_vector_safe(value, out); }), "") << refused;
-    EXPECT_FALSE(accepted) << refused;
-    EXPECT_TRUE(same_vector(out, SENTINEL)) << refused;
-  }
-}
-
-TEST(GeometryTransformations, RoundTripAllSixteenElementsInOrder) {
-  std::mt19937 rng(5);
-  for (int round = 0; round < qmtest::rounds(100); ++round) {
-    Geom::Transformation t = random_matrix(rng);
-    VALUE ruby = let("$t", RU::transformation_to_value(t));
-    ASSERT_TRUE(truthy("$t.instance_of?(Geom::Transformation)"));
-    VALUE array = eval("$t.to_a");
-    for (long k = 0; k < 16; ++k) ASSERT_EQ(element_of(array, k), t.data()[k]) << k;
-
-    Geom::Transformation back;
-    RU::value_to_transformation(ruby, back);
-    ASSERT_TRUE(same_matrix(back, t)) << "round " << round;
-
-    // Only the translation is a length: the 2 forms scale elements 12, 13, 14 alone.
-    double factor = 0.5 + (rng() % 100);
-    Geom::Transformation scaled = t;
-    for (int k = 12; k < 15; ++k) scaled.data()[k] *= factor;
-    VALUE ruby_scaled = let("$t", RU::transformation_to_value2(t, factor));
-    array = eval("$t.to_a");
-    for (long k = 0; k < 16; ++k) ASSERT_EQ(element_of(array, k), scaled.data()[k]) << k;
-    RU::value_to_transformation2(ruby, back, factor);
-    ASSERT_TRUE(same_matrix(back, scaled));
-    RU::value_to_transformation2(ruby_scaled, back, 1.0 / factor);
-    for (int k = 0; k < 16; ++k) ASSERT_NEAR(back.data()[k], t.data()[k], 4e-16 * std::fabs(t.data()[k]));
-  }
-}
-
 TEST(GeometryTransformations, HandsWhatIsNoTransformationToTheHost) {
-  // Accepted: the origin column and element 0 of the result. The host keeps a uniform scale
-  // in the weight.
-  struct Case {
-    const char* expression;
-    Geom::Vector4 origin;
-    double x_scale;
-  } const cases[] = {
-      {"Geom::Point3d.new(1, 2, 3)", {1, 2, 3, 1}, 1}, {"Geom::Vector3d.new(-1, 0, 4)", {-1, 0, 4, 1}, 1},
-      {"[5, 6, 7]", {5, 6, 7, 1}, 1}, {"(1..16).to_a", {13, 14, 15, 16}, 1},
-      {"Geom::Transformation.scaling(3, 1, 1)", {0, 0, 0, 1}, 3}, {"4", {0, 0, 0, 0.25}, 1},
-      {"10**400", {0, 0, 0, 0}, 1}, {"Float::NAN", {0, 0, 0, NaN}, 1},
-  };
-  for (Case const& c : cases) {
-    Geom::Transformation out;
-    RU::value_to_transformation(eval(c.expression), out);
-    EXPECT_TRUE(same_vector(out.origin, c.origin) && same(out.origin.w, c.origin.w)) << c.expression;
-    EXPECT_EQ(out.data()[0], c.x_scale) << c.expression;
-  }
+  // What is no Transformation goes to the host's constructor; this host takes a point as a
+  // translation and an Array of 16 as the elements.
+  Geom::Transformation out;
+  RU::value_to_transformation(eval("Geom::Point3d.new(1, 2, 3)"), out);
+  EXPECT_TRUE(same_vector(out.origin, Geom::Vector3(1, 2, 3)) && out.origin.w == 1 && out.data()[0] == 1);
+  RU::value_to_transformation(eval("(1..16).to_a"), out);
+  EXPECT_TRUE(same_vector(out.origin, Geom::Vector3(13, 14, 15)) && out.origin.w == 16 && out.data()[0] == 1);
   const char* refused[][2] = {
       {"nil", "TypeError: Cannot convert NilClass to Geom::Transformation"},
-      {"true", "TypeError: Cannot convert TrueClass to Geom::Transformation"},
-      {"false", "TypeError: Cannot convert FalseClass to Geom::Transformation"},
-      {"'1'", "TypeError: Cannot convert String to Geom::Transformation"},
-      {":t", "TypeError: Cannot convert Symbol to Geom::Transformation"},
-      {"{}", "TypeError: Cannot convert Hash to Geom::Transformation"},
       {"Object.new", "TypeError: Cannot convert Object to Geom::Transformation"},
       {"[1]", "ArgumentError: Expected an Array of 16 numbers or a point"},
       {"[1] * 15", "ArgumentError: Expected an Array of 16 numbers or a point"},
-      {"[1] * 15 + [nil]", "TypeError|nil"},
-      {"0", "ArgumentError: Scale cannot be zero"},
+      {"[1] * 15 + [nil]", "TypeError|f:nil"}, {"0", "ArgumentError: Scale cannot be zero"},
   };
   for (auto const& r : refused) {
-    Geom::Transformation out;
     out.clear();
     VALUE value = let("$v", eval(r[0]));
-    // "TypeError|nil": what the interpreter raises when asked for nil as a Float.
-    std::string const expected =
-        std::strcmp(r[1], "TypeError|nil") == 0 ? qmtest::float_conversion_error("nil") : r[1];
-    EXPECT_EQ(raised_by([&] { RU::value_to_transformation2(value, out, 2.0); }), expected) << r[0];
+    EXPECT_EQ(raised_by([&] { RU::value_to_transformation2(value, out, 2.0); }), expected_error(r[1])) << r[0];
     EXPECT_EQ(out.data()[15], 0.0) << r[0] << ": out must stay untouched";
   }
 
   // A to_a that goes wrong part-way has written the elements before the bad one.
   eval("class QmPartial < Geom::Transformation; def to_a; a = super; a[5] = 'x'; a; end; end");
-  Geom::Transformation out;
   out.clear();
   VALUE partial = let("$v", eval("QmPartial.new((1..16).to_a)"));
-  EXPECT_EQ(raised_by([&] { RU::value_to_transformation(partial, out); }),
-            qmtest::float_conversion_error("'x'"));
+  EXPECT_EQ(raised_by([&] { RU::value_to_transformation(partial, out); }), qmtest::float_conversion_error("'x'"));
   for (int k = 0; k < 16; ++k) EXPECT_EQ(out.data()[k], k < 5 ? k + 1.0 : 0.0) << k;
 }
 
 TEST(GeometryTransformations, AffineFormDividesTheWeightAndChecksTheAxes) {
-  const char* perpendicular =
-      "TypeError: Expected a uniform transformation, where axes are perpendicular to each other.";
-  const char* flat = "TypeError: Expected a non-flat transformation, where axes are non-zero-lengthed.";
-  // Each case: the 16 elements (column-major), then the error or the expected 16 elements,
-  // "=" when they are the input's.
+  const char* P = "TypeError: Expected a uniform transformation, where axes are perpendicular to each other.";
+  const char* F = "TypeError: Expected a non-flat transformation, where axes are non-zero-lengthed.";
+  // Each case: changes to the identity by element (column-major), then the error or the
+  // changes the result has, "=" when they are the input's.
+  eval("def qm_matrix(changes); a = [1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1]; changes.each { |k, v| a[k] = v }; "
+       "Geom::Transformation.new(a); end");
   const char* cases[][3] = {
       // Weight 2 over axes of length 2: unit axes and half the translation.
-      {"[2,0,0,0, 0,2,0,0, 0,0,2,0, 4,6,8,2]", "", "[1,0,0,0, 0,1,0,0, 0,0,1,0, 2,3,4,1]"},
-      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 1,0,0,-0.5]", "", "[-2,0,0,0, 0,-2,0,0, 0,0,-2,0, -2,0,0,1]"},
+      {"{0=>2, 5=>2, 10=>2, 12=>4, 13=>6, 14=>8, 15=>2}", "", "{12=>2, 13=>3, 14=>4}"},
+      {"{12=>1, 15=>-0.5}", "", "{0=>-2, 5=>-2, 10=>-2, 12=>-2}"},
       // Non-uniform and mirrored axes pass unchanged; the projective row is never read.
-      {"[2,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1]", "", "="},
-      {"[-1,0,0,0, 0,1,0,0, 0,0,3,0, 1,2,3,1]", "", "="},
-      {"[1,0,0,9, 0,1,0,9, 0,0,1,9, 1,2,3,1]", "", "[1,0,0,0, 0,1,0,0, 0,0,1,0, 1,2,3,1]"},
+      {"{0=>2}", "", "="}, {"{0=>-1, 10=>3, 12=>1, 13=>2, 14=>3}", "", "="},
+      {"{3=>9, 7=>9, 11=>9, 12=>1, 13=>2, 14=>3}", "", "{12=>1, 13=>2, 14=>3}"},
       // A weight at or below 1e-6 in size, or NaN, divides nothing.
-      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1e-7]", "", "[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1]"},
-      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1e-6]", "", "[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1]"},
-      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,-1e-6]", "", "[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1]"},
-      {"[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,Float::NAN]", "", "[1,0,0,0, 0,1,0,0, 0,0,1,0, 5,0,0,1]"},
+      {"{12=>5, 15=>1e-7}", "", "{12=>5}"}, {"{12=>5, 15=>1e-6}", "", "{12=>5}"},
+      {"{12=>5, 15=>-1e-6}", "", "{12=>5}"}, {"{12=>5, 15=>Float::NAN}", "", "{12=>5}"},
       // Perpendicular means |dot| strictly below 0.001, for each pair of axes.
-      {"[1,0,0,0, 0.5,1,0,0, 0,0,1,0, 0,0,0,1]", perpendicular, ""},
-      {"[1,0,0,0, 0.001,1,0,0, 0,0,1,0, 0,0,0,1]", perpendicular, ""},
-      {"[1,0,0,0, -0.001,1,0,0, 0,0,1,0, 0,0,0,1]", perpendicular, ""},
-      {"[1,0,0,0, 0.0009765625,1,0,0, 0,0,1,0, 0,0,0,1]", "", "="},
-      {"[1,0,0,0, 0,1,0,0, 0.001,0,1,0, 0,0,0,1]", perpendicular, ""},
-      {"[1,0,0,0, 0,1,0,0, 0,0.001,1,0, 0,0,0,1]", perpendicular, ""},
-      {"[1,0,0,0, 0,1,0,0, 0,Float::NAN,1,0, 0,0,0,1]", perpendicular, ""},
+      {"{4=>0.5}", P, ""}, {"{4=>0.001}", P, ""}, {"{4=>-0.001}", P, ""}, {"{4=>0.0009765625}", "", "="},
+      {"{8=>0.001}", P, ""}, {"{9=>0.001}", P, ""}, {"{9=>Float::NAN}", P, ""},
       // Axes shorter than 1e-6 are flat; exactly 1e-6 is not.
-      {"[1,0,0,0, 0,1,0,0, 0,0,0,0, 0,0,0,1]", flat, ""},
-      {"[0,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1]", flat, ""},
-      {"[1,0,0,0, 0,9.9e-7,0,0, 0,0,1,0, 0,0,0,1]", flat, ""},
-      {"[1,0,0,0, 0,1,0,0, 0,0,1e7,0, 0,0,0,1e7]", flat, ""},
-      {"[1,0,0,0, 0,1,0,0, 0,0,1e-6,0, 0,0,0,1]", "", "="},
-      {"[1,0,0,0, 0,1,0,0, 0,0,-1e-6,0, 0,0,0,1]", "", "="},
+      {"{10=>0}", F, ""}, {"{0=>0}", F, ""}, {"{5=>9.9e-7}", F, ""}, {"{10=>1e7, 15=>1e7}", F, ""},
+      {"{10=>1e-6}", "", "="}, {"{10=>-1e-6}", "", "="},
   };
   for (auto const& c : cases) {
-    Geom::Transformation out;
+    Geom::Transformation out, expected;
     out.clear();
-    VALUE value = let("$t", eval((std::string("Geom::Transformation.new(") + c[0] + ")").c_str()));
-    EXPECT_EQ(raised_by([&] { RU::value_to_transformation3(value, out); }), c[1]) << c[0];
-    Geom::Transformation expected;
     expected.clear();  // untouched on error
-    if (*c[1] == '\0') RU::value_to_transformation(eval(*c[2] == '=' ? c[0] : c[2]), expected);
+    auto matrix = [](const char* changes) { return eval(("qm_matrix(" + std::string(changes) + ")").c_str()); };
+    VALUE value = let("$t", matrix(c[0]));
+    EXPECT_EQ(raised_by([&] { RU::value_to_transformation3(value, out); }), c[1]) << c[0];
+    if (*c[1] == '\0') RU::value_to_transformation(matrix(*c[2] == '=' ? c[0] : c[2]), expected);
     EXPECT_TRUE(same_matrix(out, expected)) << c[0];
   }
 }
 
 TEST(GeometryTransformations, AffineFormKeepsRigidMotionsWithAnyAxisScales) {
   std::mt19937 rng(3);
-  std::uniform_real_distribution<double> angle(-Geom::PI, Geom::PI);
-  std::uniform_real_distribution<double> scale(0.01, 100.0);
+  std::uniform_real_distribution<double> angle(-Geom::PI, Geom::PI), scale(0.01, 100.0);
   for (int round = 0; round < qmtest::rounds(100); ++round) {
-    Geom::Vector3 axis = random_vector(rng).normalize();
-    Geom::Transformation t = Geom::Transformation::rotate(axis, angle(rng));
+    Geom::Transformation t = Geom::Transformation::rotate(random_vector(rng).normalize(), angle(rng));
     t.x_axis.scale_self(scale(rng) * (rng() % 2 ? 1 : -1));
     t.y_axis.scale_self(scale(rng));
     t.z_axis.scale_self(scale(rng));
     t.origin = Geom::Vector4(random_coordinate(rng), random_coordinate(rng), random_coordinate(rng), 1.0);
-    double weight = (round % 3 == 0) ? 1.0 : scale(rng);
-    Geom::Transformation weighted = t;
-    for (Geom::Vector4* column : {&weighted.x_axis, &weighted.y_axis, &weighted.z_axis, &weighted.origin}) {
+    double const weight = (round % 3 == 0) ? 1.0 : scale(rng);
+    Geom::Transformation weighted = t, out;
+    for (Geom::Vector4* column : {&weighted.x_axis, &weighted.y_axis, &weighted.z_axis, &weighted.origin})
       column->scale_self(weight);
-    }
     weighted.origin.w = weight;
-
-    Geom::Transformation out;
     VALUE ruby = RU::transformation_to_value(weighted);
     ASSERT_EQ(raised_by([&] { RU::value_to_transformation3(ruby, out); }), "") << "round " << round;
-    for (int k = 0; k < 16; ++k) {
-      ASSERT_NEAR(out.data()[k], t.data()[k], 1e-13 * (1.0 + std::fabs(t.data()[k])))
-          << "round " << round << " element " << k;
-    }
-  }
-}
-
-TEST(GeometryBoxes, RoundTripAndScaleNonEmptyBoxes) {
-  std::mt19937 rng(8);
-  for (int round = 0; round < qmtest::rounds(100); ++round) {
-    Geom::Vector3 a = random_vector(rng);
-    Geom::Vector3 b = round == 0 ? a : random_vector(rng);  // first a box of one point
-    Geom::BoundingBox3 box(Geom::Vector3(std::fmin(a.x, b.x), std::fmin(a.y, b.y), std::fmin(a.z, b.z)),
-                           Geom::Vector3(std::fmax(a.x, b.x), std::fmax(a.y, b.y), std::fmax(a.z, b.z)));
-    VALUE ruby = let("$b", RU::bb_to_value(box));
-    ASSERT_TRUE(truthy("$b.instance_of?(Geom::BoundingBox) && !$b.empty?"));
-    Geom::BoundingBox3 back;
-    RU::value_to_bb(ruby, back);
-    ASSERT_TRUE(same_vector(back.min, box.min) && same_vector(back.max, box.max)) << round;
-
-    // Powers of two times 1 or 3: the products are the same doubles on both sides.
-    double factor = std::ldexp(1.0, static_cast<int>(rng() % 7) - 3) * (rng() % 2 ? 1 : 3);
-    RU::value_to_bb(RU::bb_to_value2(box, factor), back);
-    ASSERT_TRUE(same_vector(back.min, box.min * factor) && same_vector(back.max, box.max * factor));
-    RU::value_to_bb2(ruby, back, factor);
-    ASSERT_TRUE(same_vector(back.min, box.min * factor) && same_vector(back.max, box.max * factor));
+    for (int k = 0; k < 16; ++k)
+      ASSERT_NEAR(out.data()[k], t.data()[k], 1e-13 * (1.0 + std::fabs(t.data()[k]))) << round << " element " << k;
   }
 }
 
@@ -385,19 +291,15 @@ TEST(GeometryBoxes, EmptyBoxesGetNoAddAndOthersMinThenMax) {
       {{2, 0, 0}, {1, 1, 1}}, {{NaN, 0, 0}, {1, 1, 1}}, {{0, 0, 0}, {1, 1, NaN}},
       {{1, 2, 3}, {1, 2, 3}}, {{-1, -2, -3}, {4, 5, 6}}};
   for (auto const& c : corners) {
-    bool empty = !(c[1].x >= c[0].x && c[1].y >= c[0].y && c[1].z >= c[0].z);
+    bool const empty = !(c[1].x >= c[0].x && c[1].y >= c[0].y && c[1].z >= c[0].z);
     eval("$adds = []");
     let("$b", RU::bb_to_value2(Geom::BoundingBox3(c[0], c[1]), 2.0));
     EXPECT_EQ(truthy("$b.empty?"), empty);
-    let("$expected", empty ? rb_ary_new()
-                           : eval((std::string("[[[") + std::to_string(c[0].x * 2) + ", " +
-                                   std::to_string(c[0].y * 2) + ", " + std::to_string(c[0].z * 2) +
-                                   "]], [[" + std::to_string(c[1].x * 2) + ", " +
-                                   std::to_string(c[1].y * 2) + ", " + std::to_string(c[1].z * 2) +
-                                   "]]]").c_str()));
-    EXPECT_TRUE(truthy("$adds == $expected")) << (empty ? "empty" : "non-empty");
+    for (int k = 0; k < 2; ++k)
+      let(k == 0 ? "$min" : "$max", rb_ary_new_from_args(3, DBL2NUM(2 * c[k].x), DBL2NUM(2 * c[k].y), DBL2NUM(2 * c[k].z)));
+    EXPECT_TRUE(truthy(empty ? "$adds == []" : "$adds == [[$min], [$max]]")) << (empty ? "empty" : "full");
   }
-  eval("module QmRecordAdds; def add(*args); super; end; end");
+  eval("module QmRecordAdds; def add(*args); super; end; end; $min = $max = nil");
 
   // The host's own empty box converts to whatever corners it reports.
   Geom::BoundingBox3 out;
@@ -409,8 +311,8 @@ TEST(GeometryBoxes, EmptyBoxesGetNoAddAndOthersMinThenMax) {
 TEST(GeometryBoxes, OnlyBoundingBoxesAreRead) {
   eval("class QmBox < Geom::BoundingBox; end\n"
        "class QmBadMax < Geom::BoundingBox; def max; nil; end; end");
-  for (const char* expression : {"nil", "true", "false", "'box'", ":box", "{}", "Object.new",
-                                 "[[0, 0, 0], [1, 1, 1]]", "Geom::Point3d.new", "10**400", "Float::NAN"}) {
+  for (const char* expression :
+       {"nil", "'box'", ":box", "Object.new", "[[0, 0, 0], [1, 1, 1]]", "Geom::Point3d.new", "10**400"}) {
     Geom::BoundingBox3 out(SENTINEL, SENTINEL);
     VALUE value = let("$v", eval(expression));
     EXPECT_EQ(raised_by([&] { RU::value_to_bb2(value, out, 2.0); }), "TypeError: Expected Geom::BoundingBox")
@@ -428,61 +330,23 @@ TEST(GeometryBoxes, OnlyBoundingBoxesAreRead) {
   EXPECT_TRUE(same_vector(out.min, Geom::Vector3(1, 2, 3)) && same_vector(out.max, SENTINEL));
 }
 
-TEST(GeometryColors, RoundTripEveryChannel) {
-  std::mt19937 rng(42);
-  for (int round = 0; round < qmtest::rounds(100); ++round) {
-    Geom::Color c(static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()),
-                  static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()));
-    if (round < 2) c = round == 0 ? Geom::Color(0, 0, 0, 0) : Geom::Color(255, 255, 255, 255);
-    VALUE ruby = let("$c", RU::color_to_value(c));
-    let("$expected", eval(("[" + std::to_string(c.r) + ", " + std::to_string(c.g) + ", " +
-                           std::to_string(c.b) + ", " + std::to_string(c.a) + "]").c_str()));
-    ASSERT_TRUE(truthy("$c.instance_of?(Sketchup::Color) && "
-                       "[$c.red, $c.green, $c.blue, $c.alpha] == $expected"));
-    Geom::Color back(1, 2, 3, 4);
-    RU::value_to_color(ruby, back);
-    ASSERT_EQ(std::memcmp(&back, &c, sizeof c), 0) << "round " << round;
-  }
-}
-
-TEST(GeometryColors, HandsWhatIsNoColorToTheHost) {
-  eval("class QmWideColor < Sketchup::Color; def red; 300; end; def green; -1; end; "
-       "def blue; 2**40; end; end");
-  const Geom::Color U(9, 9, 9, 9);  // untouched
-  struct Case {
-    const char* expression;
-    const char* error;
-    Geom::Color expected;
-  } const cases[] = {
-      {"'red'", "", {255, 0, 0, 255}}, {"'Navy'", "", {0, 0, 128, 255}},
-      {"'#00FF80'", "", {0, 255, 128, 255}}, {"[1, 2, 3]", "", {1, 2, 3, 255}},
-      {"[1, 2, 3, 4]", "", {1, 2, 3, 4}}, {"0x332211", "", {0x11, 0x22, 0x33, 255}},
-      {"10**400", "", {0, 0, 0, 255}}, {"Sketchup::Color.new(5, 6, 7, 8)", "", {5, 6, 7, 8}},
-      // Only the low 8 bits of each channel are kept; one that does not fit an int raises
-      // after the channels before it are stored.
-      {"QmWideColor.new", "RangeError|2**40", {44, 255, 9, 9}},  // NUM2INT's own words
-      {"nil", "TypeError: Cannot convert NilClass to Sketchup::Color", U},
-      {"true", "TypeError: Cannot convert TrueClass to Sketchup::Color", U},
-      {"false", "TypeError: Cannot convert FalseClass to Sketchup::Color", U},
-      {":red", "TypeError: Cannot convert Symbol to Sketchup::Color", U},
-      {"{}", "TypeError: Cannot convert Hash to Sketchup::Color", U},
-      {"Object.new", "TypeError: Cannot convert Object to Sketchup::Color", U},
-      {"Float::NAN", "TypeError: Cannot convert Float to Sketchup::Color", U},
-      {"'no such colour'", "ArgumentError: Unknown color name: no such colour", U},
-      {"[1, 2]", "ArgumentError: Expected an Array of 3 or 4 numbers", U},
-      {"[1, nil, 3]", "TypeError: no implicit conversion of nil into Integer", U},
-  };
-  for (Case const& c : cases) {
-    Geom::Color out = U;
-    VALUE value = let("$v", eval(c.expression));
-    std::string expected = c.error;
-    if (expected.rfind("RangeError|", 0) == 0) {
-      VALUE const wide = let("$wide", eval(expected.substr(11).c_str()));
-      expected = raised_by([&] { static_cast<void>(NUM2INT(wide)); });
-      ASSERT_EQ(expected.rfind("RangeError: ", 0), 0u) << expected;
-    }
-    EXPECT_EQ(raised_by([&] { RU::value_to_color(value, out); }), expected) << c.expression;
-    EXPECT_EQ(std::memcmp(&out, &c.expected, sizeof out), 0)
-        << c.expression << ": " << int(out.r) << " " << int(out.g) << " " << int(out.b) << " " << int(out.a);
-  }
+TEST(GeometryColors, HandsWhatIsNoColorToTheHostAndKeepsTheLowByteOfEachChannel) {
+  const Geom::Color U(9, 9, 9, 9), navy(0, 0, 128, 255), rgba(1, 2, 3, 4), wide(44, 255, 9, 9);
+  Geom::Color out = U;
+  // What is no Color goes to the host's constructor, which converts or raises.
+  RU::value_to_color(eval("'Navy'"), out);
+  EXPECT_EQ(std::memcmp(&out, &navy, sizeof out), 0);
+  RU::value_to_color(eval("[1, 2, 3, 4]"), out);
+  EXPECT_EQ(std::memcmp(&out, &rgba, sizeof out), 0);
+  out = U;
+  EXPECT_EQ(raised_by([&] { RU::value_to_color(Qnil, out); }), "TypeError: Cannot convert NilClass to Sketchup::Color");
+  EXPECT_EQ(std::memcmp(&out, &U, sizeof out), 0);
+  // A channel that does not fit an int raises, in NUM2INT's own words, after the channels
+  // before it are stored.
+  eval("class QmWideColor < Sketchup::Color; def red; 300; end; def green; -1; end; def blue; 2**40; end; end");
+  VALUE const too_wide = let("$v", eval("2**40")), color = let("$c", eval("QmWideColor.new"));
+  std::string const expected = raised_by([&] { static_cast<void>(NUM2INT(too_wide)); });
+  ASSERT_EQ(expected.rfind("RangeError: ", 0), 0u) << expected;
+  EXPECT_EQ(raised_by([&] { RU::value_to_color(color, out); }), expected);
+  EXPECT_EQ(std::memcmp(&out, &wide, sizeof out), 0) << int(out.r) << " " << int(out.g) << " " << int(out.b);
 }

@@ -54,11 +54,9 @@ std::string take_exception(int state) {
 VALUE eval(const char* ruby_code) {
   int state = 0;
   VALUE result = rb_eval_string_protect(ruby_code, &state);
-  if (state != 0) {
-    ADD_FAILURE() << "Ruby raised in `" << ruby_code << "`: " << take_exception(state);
-    return Qnil;
-  }
-  return result;
+  if (state == 0) return result;
+  ADD_FAILURE() << "Ruby raised in `" << ruby_code << "`: " << take_exception(state);
+  return Qnil;
 }
 
 bool compact_and_verify() {
@@ -121,8 +119,7 @@ int main(int argc, char** argv) {
   qmboot::process_options("quillmark-tests");
 
   const char* host = std::getenv("QM_HOST");
-  bool const bare = host != nullptr && std::strcmp(host, "none") == 0;
-  if (!bare) {
+  if (host == nullptr || std::strcmp(host, "none") != 0) {
     int state = qmboot::load_host(QUILLMARK_HOST_RUBY_DIR);
     if (state != 0) return die("loading the host stand-in failed", state);
 

@@ -3,12 +3,9 @@
 
 // GoogleTest binaries linked with quillmark_test_ruby run inside a real interpreter: its
 // main() starts Ruby, loads the host stand-in, fills the handle cache and then runs the
-// tests on the interpreter's thread.
-//
-// Environment switches: QM_GC_STRESS=1 sets GC.stress = true for the whole run;
+// tests on the interpreter's thread. QM_GC_STRESS=1 sets GC.stress for the whole run;
 // QM_GC_COMPACT=1 compacts the heap (and verifies references) after every test, where the
-// interpreter can compact;
-// QM_HOST=none starts the interpreter bare: no host stand-in, the cache left unfilled.
+// interpreter can; QM_HOST=none starts bare: no host stand-in, the cache left unfilled.
 
 #include <string>
 #include <type_traits>
@@ -20,7 +17,6 @@ namespace qmtest {
 /// A symbol interned just before the harness filled the handle cache: any ID greater than it
 /// was first interned by the cache itself.
 extern ID marker_before_init;
-
 /// False when the run started without the host stand-in (QM_HOST=none).
 extern bool host_loaded;
 
@@ -31,7 +27,7 @@ VALUE eval(const char* ruby_code);
 std::string raised(const char* ruby_code);
 
 /// "Class: message" of the pending exception ($!) after rb_protect reported a non-zero
-/// state, and clears it. A state without an exception (throw/break) is described as such.
+/// state, and clears it; "" for state 0.
 std::string take_exception(int state);
 
 /// Compacts the heap and has the interpreter check every reference into it; false, doing

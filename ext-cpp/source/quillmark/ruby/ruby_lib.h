@@ -13,7 +13,7 @@
 // ruby_encoding_lib.h, in .cpp files only.
 
 #include <ruby.h>
-#include <ruby/version.h>
+#include <quillmark/version.h>
 
 // Method functions for rb_define_method and its kin, of any arity. Up to 2.6 the
 // interpreter's headers declare that parameter as VALUE (*)(ANYARGS), which C++ accepts
