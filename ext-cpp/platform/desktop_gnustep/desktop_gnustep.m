@@ -507,7 +507,8 @@ void desktop_gnustep_turn_run_loop(double seconds) {
                                           dequeue:YES];
     if (event != nil) [NSApp sendEvent:event];
     [pool release];
-    if (event == nil) break;
+    /* Events that keep coming must not keep the caller past its time. */
+    if (event == nil || [until timeIntervalSinceNow] <= 0) break;
   }
   /* `until` belongs to the pool drained here. */
   [turn_pool release];
@@ -572,3 +573,7 @@ int desktop_gnustep_cursor_hide_count(void) {
 }
 
 void* desktop_gnustep_cursor_display(void) { return x11_cursor_display(); }
+
+int desktop_gnustep_write_screenshot(const char* path) {
+  return path != NULL && x11_write_screenshot(path);
+}

@@ -2,7 +2,9 @@
 
 #include <X11/Xlib.h>
 #include <X11/extensions/Xfixes.h>
+#include <X11/Xutil.h>
 #include <pthread.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -136,3 +138,42 @@ static int change_cursor(int hide) {
 
 int x11_hide_cursor(void) { return change_cursor(1); }
 int x11_show_cursor(void) { return change_cursor(0); }
+
+// The channel of a pixel under one of the visual's masks, scaled to 8 bits.
+static unsigned char channel(unsigned long pixel, unsigned long mask) {
+  if (mask == 0) return 0;
+  int shift = 0;
+  while (!((mask >> shift) & 1)) ++shift;
+  unsigned long const top = mask >> shift;
+  return (unsigned char)((((pixel & mask) >> shift) * 255 + top / 2) / top);
+}
+
+int x11_write_screenshot(const char* path) {
+  pthread_mutex_lock(&cursor_lock);
+  Display* display = cursor_connection();
+  XImage* image = NULL;
+  if (display != NULL) {
+    int const screen = DefaultScreen(display);
+    image = XGetImage(display, RootWindow(display, screen), 0, 0,
+                      (unsigned int)DisplayWidth(display, screen),
+                      (unsigned int)DisplayHeight(display, screen), AllPlanes, ZPixmap);
+  }
+  pthread_mutex_unlock(&cursor_lock);
+  if (image == NULL) return 0;
+  FILE* file = fopen(path, "wb");
+  int ok = file != NULL;
+  if (ok) {
+    fprintf(file, "P6\n%d %d\n255\n", image->width, image->height);
+    for (int y = 0; y < image->height && ok; ++y)
+      for (int x = 0; x < image->width && ok; ++x) {
+        unsigned long const pixel = XGetPixel(image, x, y);
+        unsigned char const rgb[3] = {channel(pixel, image->red_mask),
+                                      channel(pixel, image->green_mask),
+                                      channel(pixel, image->blue_mask)};
+        ok = fwrite(rgb, 1, 3, file) == 3;
+      }
+    ok = fclose(file) == 0 && ok;
+  }
+  XDestroyImage(image);
+  return ok;
+}

@@ -23,6 +23,10 @@ int x11_warp_pointer(int x, int y);
 int x11_hide_cursor(void);
 int x11_show_cursor(void);
 
+/// Writes the whole screen as a binary PPM file. 0 without a display or when the file
+/// cannot be written.
+int x11_write_screenshot(const char* path);
+
 /// The connection the cursor calls use, opened on first use and kept for the process.
 void* x11_cursor_display(void);
 

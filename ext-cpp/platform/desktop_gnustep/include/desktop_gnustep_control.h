@@ -86,6 +86,11 @@ DESKTOP_API int desktop_gnustep_set_key_down(int key_code, int down);
 /// Hides counted by the cursor calls and not yet shown again.
 DESKTOP_API int desktop_gnustep_cursor_hide_count(void);
 
+/// Writes the whole X screen to a binary PPM file (netpbm's pnmtopng makes a PNG of it).
+/// Answers 1, or 0 when it could not. Taken here rather than by a child process: GNUstep
+/// reaps child processes itself, which leaves an interpreter waiting for one forever.
+DESKTOP_API int desktop_gnustep_write_screenshot(const char* path);
+
 /// The X connection (a Display*) the cursor calls use, null without a display.
 DESKTOP_API void* desktop_gnustep_cursor_display(void);
 
