@@ -3,7 +3,8 @@
 # Ruby 3.1 with its headers, GoogleTest, and the tools the tests call (nm, readelf, and
 # valgrind for the leak check of the Ruby bridge).
 # Extra package sets: `setup.sh bench` adds the benchmark peers, `setup.sh fuzz` clang,
-# `setup.sh coverage` gcovr.
+# `setup.sh coverage` gcovr, `setup.sh gnustep` GNUstep's AppKit with Objective-C, a virtual
+# X server and netpbm (the desktop over real windows, its demo and its screenshots).
 # Installs only what is missing; safe to run again.
 set -euo pipefail
 
@@ -13,6 +14,8 @@ for extra in "$@"; do
     bench) packages+=(libbenchmark-dev libeigen3-dev libglm-dev libtbb-dev libthread-pool-dev) ;;
     fuzz) packages+=(clang libclang-rt-14-dev) ;;
     coverage) packages+=(gcovr) ;;
+    gnustep) packages+=(gobjc libgnustep-gui-dev gnustep-back0.29-cairo xvfb libx11-dev
+                        libxfixes-dev netpbm) ;;
     *) echo "setup.sh: unknown package set '$extra'" >&2; exit 2 ;;
   esac
 done
