@@ -163,34 +163,42 @@ TEST_F(GnustepActivationTest, ForeignWindowsCannotTakeAnOwnNumberOrPid) {
 }
 
 TEST_F(GnustepActivationTest, NoOnScreenWindowGivesFalseAndLeavesTheKeyWindow) {
-  enum class Away { ORDERED_OUT, MINIATURIZED };
+  enum class Away { NOT, ORDERED_OUT, MINIATURIZED };
   const struct {
     const char* name;
-    Away main;
-    Away second;
-  } cases[] = {{"all ordered out", Away::ORDERED_OUT, Away::ORDERED_OUT},
-               {"all minimised", Away::MINIATURIZED, Away::MINIATURIZED},
-               {"one of each", Away::MINIATURIZED, Away::ORDERED_OUT}};
+    Away main, second, palette;
+  } cases[] = {
+      {"all ordered out", Away::ORDERED_OUT, Away::ORDERED_OUT, Away::ORDERED_OUT},
+      {"all minimised", Away::MINIATURIZED, Away::MINIATURIZED, Away::MINIATURIZED},
+      {"one of each", Away::MINIATURIZED, Away::ORDERED_OUT, Away::ORDERED_OUT},
+      // The key palette stays on screen, but it has no toolbar.
+      {"only the palette on screen", Away::ORDERED_OUT, Away::MINIATURIZED, Away::NOT},
+  };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     long const main = document("main document");
     long const second = document("second document");
     long const palette = open("palette", 0, DESKTOP_GNUSTEP_PANEL);
     desktop_gnustep_make_key(palette);
-    for (const auto& away : {std::make_pair(main, c.main), std::make_pair(second, c.second)}) {
-      if (away.second == Away::ORDERED_OUT)
-        desktop_gnustep_order_out(away.first);
-      else
-        desktop_gnustep_miniaturize(away.first);
-    }
     stable_key_window();
-    for (const Listed& w : own_windows(ON_SCREEN_ONLY)) {
-      EXPECT_NE(w.number, main);
-      EXPECT_NE(w.number, second);
+    const std::pair<long, Away> windows[] = {{main, c.main}, {second, c.second}, {palette, c.palette}};
+    for (const auto& w : windows) {
+      if (w.second == Away::ORDERED_OUT)
+        desktop_gnustep_order_out(w.first);
+      else if (w.second == Away::MINIATURIZED)
+        desktop_gnustep_miniaturize(w.first);
     }
-    long const key_before = desktop_gnustep_key_window_number();
+    long const key_before = stable_key_window();
+    for (const Listed& listed : own_windows(ON_SCREEN_ONLY))
+      for (const auto& w : windows)
+        if (w.second != Away::NOT) {
+          EXPECT_NE(listed.number, w.first);
+        }
     EXPECT_FALSE(activate());
     EXPECT_EQ(desktop_gnustep_key_window_number(), key_before);
+    if (c.palette == Away::NOT) {
+      EXPECT_EQ(key_before, palette);
+    }
     desktop_gnustep_close_all();
     settle();
   }
