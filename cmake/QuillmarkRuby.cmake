@@ -31,7 +31,7 @@ set(RUBY_ABI "${RUBY_ABI_VERSION} (${RUBY_ARCH})")
 if(NOT EXISTS "${RUBY_HDR_DIR}/ruby.h")
   message(FATAL_ERROR "Ruby headers not found in '${RUBY_HDR_DIR}' (install ruby-dev)")
 endif()
-if(RUBY_LIBRUBY_SO STREQUAL "")
+if(RUBY_LIBRUBY_SO STREQUAL "" AND NOT APPLE)
   message(FATAL_ERROR "${RUBY_EXECUTABLE} has no shared libruby: build it with --enable-shared")
 endif()
 
@@ -41,9 +41,13 @@ add_library(Quillmark::RubyAPI ALIAS quillmark_ruby_api)
 target_include_directories(quillmark_ruby_api SYSTEM INTERFACE "${RUBY_HDR_DIR}" "${RUBY_ARCH_HDR_DIR}")
 # Distributions put the shared library in libdir or in the multiarch archlibdir. Looked up
 # again at every configure, so that a new RUBY_EXECUTABLE never keeps the old library.
-unset(RUBY_LIBRARY CACHE)
-find_library(RUBY_LIBRARY NAMES "${RUBY_LIBRUBY_SO}" PATHS "${RUBY_LIB_DIR}" "${RUBY_ARCH_LIB_DIR}"
-             NO_DEFAULT_PATH REQUIRED)
-target_link_libraries(quillmark_ruby_api INTERFACE "${RUBY_LIBRARY}")
+# On the host's platform the interpreter is the host's own: its symbols are resolved when the
+# host loads the bundle, so nothing is linked.
+if(NOT APPLE)
+  unset(RUBY_LIBRARY CACHE)
+  find_library(RUBY_LIBRARY NAMES "${RUBY_LIBRUBY_SO}" PATHS "${RUBY_LIB_DIR}" "${RUBY_ARCH_LIB_DIR}"
+               NO_DEFAULT_PATH REQUIRED)
+  target_link_libraries(quillmark_ruby_api INTERFACE "${RUBY_LIBRARY}")
+endif()
 
 message(STATUS "Ruby: ${RUBY_EXECUTABLE} (${RUBY_VERSION}, ${RUBY_ARCH}), extension suffix .${RUBY_DLEXT}")
