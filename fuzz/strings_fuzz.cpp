@@ -111,6 +111,7 @@ bool raised_as(VALUE error, VALUE expected) {
 }
 
 bool is_utf8(VALUE string) { return rb_enc_get_index(string) == rb_utf8_encindex(); }
+bool valid(VALUE string) { return RTEST(rb_funcallv(string, rb_intern("valid_encoding?"), 0, nullptr)); }
 std::vector<long> codepoints(VALUE string) {
   VALUE const list = rb_funcallv(string, rb_intern("codepoints"), 0, nullptr);
   std::vector<long> out(static_cast<std::size_t>(RARRAY_LEN(list)));
