@@ -100,21 +100,19 @@ TEST(AlignedBoundingBox2, ScalePadAndClear) {
 }
 
 TEST(AlignedBoundingBox2, AddedPointsAndBoxesEndUpInside) {
-  std::mt19937_64 rng(21);
-  std::uniform_real_distribution<double> coord(-50.0, 50.0);
-  std::uniform_real_distribution<double> angle(-kPi, kPi);
+  geom_test::Draw coord(21, -50.0, 50.0);
   for (int i = 0; i < 100; ++i) {
-    AlignedBoundingBox2 b(angle(rng));
+    AlignedBoundingBox2 b(coord(-kPi, kPi));
     Vector2 pts[6];
     double lo = 1e300;
     for (Vector2& p : pts) {
-      p = Vector2(coord(rng), coord(rng));
+      p = coord.vec2();
       expect_near(b.to_world(b.to_local(p)), p, 1e-12);
       b.add(p);
       lo = std::min(lo, b.to_local(p).x);
     }
     EXPECT_EQ(lo, b.min.x);  // tight: the side passes through an added point
-    AlignedBoundingBox2 outer(angle(rng));
+    AlignedBoundingBox2 outer(coord(-kPi, kPi));
     outer.add(b);
     AlignedBoundingBox2 const grown = std::as_const(b).pad_self(1e-9);
     AlignedBoundingBox2 const outer_grown = std::as_const(outer).pad_self(1e-9);
@@ -151,13 +149,11 @@ TEST(AlignedBoundingBox2, ApartTouchingAndEmpty) {
   // angle; turned by 45 degrees its side passes (7.1e14, 7.1e14), so a box out at 9e14 on
   // both axes crosses it.
   EXPECT_FALSE(AlignedBoundingBox2(0.4).contains(Vector2(0, 0)));
-  std::mt19937_64 rng(5);
-  std::uniform_real_distribution<double> angle(-kPi, kPi);
-  std::uniform_real_distribution<double> coord(-9e14, 9e14);
+  geom_test::Draw coord(5, -9e14, 9e14);
   int drawn = 0;
   for (int i = 0; i < 2000; ++i) {
-    AlignedBoundingBox2 const empty(angle(rng));
-    AlignedBoundingBox2 const b = box(angle(rng), {{coord(rng), coord(rng)}, {coord(rng), coord(rng)}});
+    AlignedBoundingBox2 const empty(coord(-kPi, kPi));
+    AlignedBoundingBox2 const b = box(coord(-kPi, kPi), {coord.vec2(), coord.vec2()});
     double reach = 0.0;
     for (unsigned long k = 0; k < 4; ++k) reach = std::max(reach, b.corner(k).length());
     if (reach >= 9e14) continue;
@@ -186,13 +182,11 @@ TEST(AlignedBoundingBox2, IntersectsAgreesWithSeparatingAxes) {
     }
     return least;
   };
-  std::mt19937_64 rng(17);
-  std::uniform_real_distribution<double> coord(-4.0, 4.0);
-  std::uniform_real_distribution<double> angle(-kPi, kPi);
+  geom_test::Draw coord(17, -4.0, 4.0);
   int counts[2] = {0, 0};
   for (int i = 0; i < 3000; ++i) {
-    AlignedBoundingBox2 const a = box(angle(rng), {{coord(rng), coord(rng)}, {coord(rng), coord(rng)}});
-    AlignedBoundingBox2 const b = box(angle(rng), {{coord(rng), coord(rng)}, {coord(rng), coord(rng)}});
+    AlignedBoundingBox2 const a = box(coord(-kPi, kPi), {coord.vec2(), coord.vec2()});
+    AlignedBoundingBox2 const b = box(coord(-kPi, kPi), {coord.vec2(), coord.vec2()});
     // Slivers and near-touching pairs sit on the documented tolerance edge: skip them.
     double const g = gap(a, b);
     if (std::min({a.max.x - a.min.x, a.max.y - a.min.y, b.max.x - b.min.x, b.max.y - b.min.y}) < 0.05 ||

@@ -54,11 +54,10 @@ TEST(BoundingBox3, EmptyBoxAndGrowth) {
 }
 
 TEST(BoundingBox3, AddedPointsAreCovered) {
-  std::mt19937 rng(8);
-  std::uniform_real_distribution<double> d(-100.0, 100.0);
+  geom_test::Draw d(8, -100.0, 100.0);
   BoundingBox3 b;
   Vector3 pts[500];
-  for (Vector3& p : pts) b.add(p = Vector3(d(rng), d(rng), d(rng)));
+  for (Vector3& p : pts) b.add(p = d.vec());
   Vector3 const centre = (b.min + b.max) * 0.5;
   // Every point is covered (nudged inward), and every face holds exactly one: the tightest box.
   int on_face[6] = {};
@@ -188,20 +187,17 @@ TEST(BoundingBox3, TurningTowardTheCentreKeepsEveryHit) {
   // From outside, a ray that already passes through the interior, at most a right angle
   // away from the centre, still hits after any turn toward the centre: the turned ray lies
   // between it and the centre's direction, and the box is convex.
-  std::mt19937_64 rng(4711);
-  std::uniform_real_distribution<double> coord(-3.0, 4.0);
-  std::uniform_real_distribution<double> stretch(1.0, 50.0);
-  std::uniform_real_distribution<double> limit(0.0, 3.0);
+  geom_test::Draw coord(4711, -3.0, 4.0);
   int hits = 0;
   for (int i = 0; i < 20000 && hits < 1000; ++i) {
-    Vector3 const o(coord(rng), coord(rng), coord(rng));
+    Vector3 const o = coord.vec();
     if (BoundingBox3(Vector3(-0.01), Vector3(1.01)).contains(o)) continue;
-    Vector3 const target(coord(rng) * 0.2 + 0.5, coord(rng) * 0.2 + 0.5, coord(rng) * 0.2 + 0.5);
+    Vector3 const target = coord.vec() * 0.2 + Vector3(0.5);
     // Half unit, which turns by the true angle; half long, whose cosine can come out past 1.
-    Vector3 const d = (target - o).normalize() * (i % 2 == 0 ? 1.0 : stretch(rng));
+    Vector3 const d = (target - o).normalize() * (i % 2 == 0 ? 1.0 : coord(1.0, 50.0));
     if (!kUnit.intersects_ray(o, d) || d.dot(Vector3(0.5) - o) < 0.0) continue;
     ++hits;
-    double const max_angle = limit(rng);
+    double const max_angle = coord(0.0, 3.0);
     ASSERT_TRUE(kUnit.intersects_ray(o, d, max_angle)) << "origin " << o.x << " " << o.y << " " << o.z
         << " direction " << d.x << " " << d.y << " " << d.z << " limit " << max_angle;
   }

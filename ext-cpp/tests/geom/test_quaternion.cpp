@@ -22,15 +22,14 @@ void expect_near(Quaternion const& a, Quaternion const& b, double tol = 1e-12) {
   EXPECT_NEAR(a.z, b.z, tol);
 }
 
-Quaternion random_unit(std::mt19937_64& rng) {
-  std::normal_distribution<double> n(0.0, 1.0);
-  return Quaternion(n(rng), n(rng), n(rng), n(rng)).normalize();
+Quaternion random_unit(geom_test::Draw& d) {
+  return Quaternion(d.normal(), d.normal(), d.normal(), d.normal()).normalize();
 }
 
 TEST(Quaternion, ProductComposesFirstOperandFirst) {
   expect_near(Quaternion(1, 2, 3, 4) * Quaternion(5, 6, 7, 8), Quaternion(-60, 20, 14, 32), 0.0);
   expect_near(Quaternion(5, 6, 7, 8) * Quaternion(1, 2, 3, 4), Quaternion(-60, 12, 30, 24), 0.0);
-  std::mt19937_64 rng(31);
+  geom_test::Draw rng(31, 0.0, 1.0);
   for (int i = 0; i < 100; ++i) {
     Quaternion const a = random_unit(rng);
     Quaternion const b = random_unit(rng);
@@ -49,12 +48,10 @@ TEST(Quaternion, AxisAngleMatchesRotationBuilder) {
   expect_near(m, Transformation(Vector3(0, 1, 0), Vector3(-1, 0, 0), Vector3(0, 0, 1), Vector3(1, 2, 3)));
   expect_near(Quaternion(m), q);
   // The quaternion path and the Rodrigues builder are independent formulas for the same rotation.
-  std::mt19937_64 rng(41);
-  std::uniform_real_distribution<double> angle(-2 * kPi, 2 * kPi);
-  std::normal_distribution<double> n(0.0, 1.0);
+  geom_test::Draw d(41, -2 * kPi, 2 * kPi);
   for (int i = 0; i < 100; ++i) {
-    Vector3 const axis = Vector3(n(rng), n(rng), n(rng)).normalize();
-    double const a = angle(rng);
+    Vector3 const axis = Vector3(d.normal(), d.normal(), d.normal()).normalize();
+    double const a = d();
     expect_near(Transformation(Quaternion(axis, a), Vector3()), Transformation::rotate(axis, a), 1e-14);
   }
   // A non-unit quaternion is not normalised into the matrix: (0, 2, 0, 0) gives
@@ -86,18 +83,16 @@ TEST(Quaternion, ConversionPicksTheLargestDiagonal) {
 }
 
 TEST(Quaternion, RoundTripThroughTransformationForEveryBranch) {
-  std::mt19937_64 rng(43);
-  std::normal_distribution<double> n(0.0, 1.0);
-  std::uniform_real_distribution<double> large_angle(2.2, kPi);
+  geom_test::Draw rng(43, 2.2, kPi);
   int branch_hits[4] = {0, 0, 0, 0};
   for (int i = 0; i < 400; ++i) {
     Quaternion q = random_unit(rng);
     if (i % 2 == 1) {
       // Turns above 120 degrees about an axis dominated by one coordinate make the trace
       // negative and that coordinate's diagonal the largest.
-      Vector3 axis(0.2 * n(rng), 0.2 * n(rng), 0.2 * n(rng));
+      Vector3 axis = Vector3(rng.normal(), rng.normal(), rng.normal()) * 0.2;
       (i % 3 == 0 ? axis.x : i % 3 == 1 ? axis.y : axis.z) += 1.0;
-      q = Quaternion(axis.normalize(), large_angle(rng));
+      q = Quaternion(axis.normalize(), rng());
     }
     Transformation const m(q, Vector3(1, 2, 3));
     double const* e = m.data();

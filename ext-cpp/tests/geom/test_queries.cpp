@@ -28,13 +28,11 @@ TEST(InvSqrt, ReferenceValuesAndErrorBound) {
   EXPECT_EQ(Geom::inv_sqrt(1.0), 0.9983227945440889);
   EXPECT_EQ(Geom::inv_sqrt(4.0), 0.49916139727204445);
   EXPECT_NEAR(Geom::inv_sqrt(1.0f), 0.99830812f, 1e-7f);
-  std::mt19937_64 rng(11);
-  std::uniform_real_distribution<double> exponent(-300.0, 300.0);
-  std::uniform_real_distribution<float> exponent_f(-35.0f, 35.0f);
+  geom_test::Draw exponent(11, -300.0, 300.0);
   for (int i = 0; i < 5000; ++i) {
-    double const x = std::pow(10.0, exponent(rng));
+    double const x = std::pow(10.0, exponent());
     EXPECT_LT(std::fabs(Geom::inv_sqrt(x) * std::sqrt(x) - 1.0), 0.0018) << x;
-    float const xf = std::pow(10.0f, exponent_f(rng));
+    float const xf = std::pow(10.0f, static_cast<float>(exponent(-35.0, 35.0)));
     double const exact_f = 1.0 / std::sqrt(static_cast<double>(xf));
     EXPECT_LT(std::fabs(Geom::inv_sqrt(xf) - exact_f) / exact_f, 0.0018) << xf;
   }
@@ -98,12 +96,10 @@ int side(Vector2 const& p, Vector2 const& q, Vector2 const& r) {
 }
 
 TEST(SegmentSegment, AgreesWithOrientationTestAndPointLiesOnBoth) {
-  std::mt19937_64 rng(3);
-  std::uniform_real_distribution<double> coord(-5.0, 5.0);
+  geom_test::Draw coord(3, -5.0, 5.0);
   int hits = 0;
   for (int i = 0; i < 2000; ++i) {
-    Vector2 const a(coord(rng), coord(rng)), b(coord(rng), coord(rng));
-    Vector2 const c(coord(rng), coord(rng)), d(coord(rng), coord(rng));
+    Vector2 const a = coord.vec2(), b = coord.vec2(), c = coord.vec2(), d = coord.vec2();
     int const s1 = side(a, b, c) * side(a, b, d);
     int const s2 = side(c, d, a) * side(c, d, b);
     if (s1 == 0 || s2 == 0) continue;  // too near a degenerate configuration to judge
@@ -188,16 +184,16 @@ TEST(Triplet, BarycentricWeightsAndHeight) {
 }
 
 TEST(Triplet, InsideAgreesWithSignOfAreas) {
-  std::mt19937_64 rng(5);
-  std::uniform_real_distribution<double> coord(-3.0, 3.0);
+  geom_test::Draw coord(5, -3.0, 3.0);
   Vector3 const axis = Vector3(1, 2, 3).normalize();
   int inside = 0, tested = 0;
   for (int i = 0; i < 3000; ++i) {
-    Vector3 const a(coord(rng), coord(rng), 0), b(coord(rng), coord(rng), 0), c(coord(rng), coord(rng), 0);
+    Vector3 const a = coord.vec().product(Vector3(1, 1, 0)), b = coord.vec().product(Vector3(1, 1, 0)),
+                  c = coord.vec().product(Vector3(1, 1, 0));
     double const area = (b - a).cross(c - a).z;
     if (std::fabs(area) < 0.5) continue;
     // p is lifted off the plane: only its projection counts.
-    Vector3 const p(coord(rng), coord(rng), coord(rng));
+    Vector3 const p = coord.vec();
     double const e0 = (b - a).cross(p - a).z / area;
     double const e1 = (c - b).cross(p - b).z / area;
     double const e2 = (a - c).cross(p - c).z / area;
@@ -225,11 +221,9 @@ TEST(CpaLineLine, CrossingSkewAndParallel) {
   Geom::cpa_line_line(Vector3(-1, 2, 3), Vector3(2, 0, 0), Vector3(0, 5, 3), Vector3(0, -3, 0), p, q);
   expect_near(p, Vector3(0, 2, 3));
   expect_near(q, Vector3(0, 2, 3));
-  std::mt19937_64 rng(9);
-  std::uniform_real_distribution<double> coord(-4.0, 4.0);
+  geom_test::Draw coord(9, -4.0, 4.0);
   for (int i = 0; i < 200; ++i) {
-    Vector3 const p0(coord(rng), coord(rng), coord(rng)), u(coord(rng), coord(rng), coord(rng));
-    Vector3 const q0(coord(rng), coord(rng), coord(rng)), v(coord(rng), coord(rng), coord(rng));
+    Vector3 const p0 = coord.vec(), u = coord.vec(), q0 = coord.vec(), v = coord.vec();
     if (u.cross(v).length() < 0.1) continue;
     Geom::cpa_line_line(p0, u, q0, v, p, q);
     // The gap is perpendicular to both lines, and each point lies on its own line.

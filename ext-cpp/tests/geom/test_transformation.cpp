@@ -33,10 +33,9 @@ bool same_bits(Transformation const& a, Transformation const& b) {
   return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-Transformation random_matrix(std::mt19937& rng, bool projective) {
-  std::uniform_real_distribution<double> d(-2.0, 2.0);
+Transformation random_matrix(geom_test::Draw& d, bool projective) {
   double m[16];
-  for (double& e : m) e = d(rng);
+  for (double& e : m) e = d(-2.0, 2.0);
   if (!projective) {
     m[3] = m[7] = m[11] = 0.0;
     m[15] = 1.0;
@@ -87,15 +86,14 @@ TEST(Transformation, RotationBuildersAreRightHanded) {
   expect_near(Transformation::rotatey(kPi / 2).rotate_vector(Vector3::Z_AXIS), Vector3::X_AXIS);
   expect_near(Transformation(Vector3(1, 0, 0), Vector3::Z_AXIS, kPi / 2),
               Transformation(Vector3(0, 1, 0), Vector3(-1, 0, 0), Vector3(0, 0, 1), Vector3(0, -1, 0)));
-  std::mt19937 rng(11);
-  std::uniform_real_distribution<double> d(-4.0, 4.0);
+  geom_test::Draw d(11, -4.0, 4.0);
   for (int i = 0; i < 100; ++i) {
-    double const a = d(rng);
+    double const a = d();
     expect_near(Transformation::rotate(Vector3::X_AXIS, a), Transformation::rotatex(a), 1e-15);
     expect_near(Transformation::rotate(Vector3::Y_AXIS, a), Transformation::rotatey(a), 1e-15);
     expect_near(Transformation::rotate(Vector3::Z_AXIS, a), Transformation::rotatez(a), 1e-15);
-    Vector3 const axis = Vector3(d(rng), d(rng), d(rng)).normalize();
-    Vector3 const v(d(rng), d(rng), d(rng));
+    Vector3 const axis = d.vec().normalize();
+    Vector3 const v = d.vec();
     Transformation const r = Transformation::rotate(axis, a);
     expect_near(r.rotate_vector(v), v.rotate(axis, a));
     expect_near(r.transform_vector(v), r.rotate_vector(v), 0.0);
@@ -112,8 +110,7 @@ TEST(Transformation, RotationBuildersAreRightHanded) {
 TEST(Transformation, ProductsSumInIncreasingKAndApplyRightOperandFirst) {
   expect_near((Transformation::rotatez(kPi / 2) * Transformation(Vector3(1, 0, 0))).origin,
               Vector3(0, 1, 0));
-  std::mt19937 rng(1);
-  std::uniform_real_distribution<double> d(-5.0, 5.0);
+  geom_test::Draw rng(1, -5.0, 5.0);
   for (int i = 0; i < 200; ++i) {
     Transformation const a = random_matrix(rng, true);
     Transformation const b = random_matrix(rng, true);
@@ -130,7 +127,7 @@ TEST(Transformation, ProductsSumInIncreasingKAndApplyRightOperandFirst) {
     EXPECT_EQ(0, std::memcmp(&v, ref + 12, sizeof v));
     Transformation const fa = random_matrix(rng, false);
     Transformation const fb = random_matrix(rng, false);
-    Vector3 const p(d(rng), d(rng), d(rng));
+    Vector3 const p = rng.vec();
     expect_near((fa * fb).transform_vector(p), fa.transform_vector(fb.transform_vector(p)), 1e-11);
   }
 }
@@ -168,15 +165,15 @@ TEST(Transformation, WeightDividesPoints) {
 TEST(Transformation, InverseIsTheFull4x4Inverse) {
   // Rotation, non-uniform scale and translation; odd draws also get a small w row and a
   // weight in [0.5, 2]. All comfortably invertible.
-  std::mt19937 rng(9);
-  std::uniform_real_distribution<double> d(-1.0, 1.0);
-  std::uniform_real_distribution<double> s(0.5, 2.0);
+  geom_test::Draw d(9, -1.0, 1.0);
+  auto s = [&d] { return d(0.5, 2.0); };
   for (int i = 0; i < 300; ++i) {
     bool const projective = i % 2 == 1;
-    Transformation a = Transformation::rotate(Vector3(d(rng), d(rng), d(rng) + 2.0).normalize(), 3.0 * d(rng));
-    a.scale_axes_self(Vector3(s(rng), s(rng), s(rng)));
-    a.origin = Vector4(5 * d(rng), 5 * d(rng), 5 * d(rng), projective ? s(rng) : 1.0);
-    if (projective) a.x_axis.w = 0.1 * d(rng), a.y_axis.w = 0.1 * d(rng), a.z_axis.w = 0.1 * d(rng);
+    Transformation a = Transformation::rotate((d.vec() + Vector3::Z_AXIS * 2.0).normalize(), 3.0 * d());
+    a.scale_axes_self(Vector3(s(), s(), s()));
+    Vector3 const o = d.vec() * 5.0;
+    a.origin = Vector4(o.x, o.y, o.z, projective ? s() : 1.0);
+    if (projective) a.x_axis.w = 0.1 * d(), a.y_axis.w = 0.1 * d(), a.z_axis.w = 0.1 * d();
     expect_near(a * a.inverse(), Transformation(), 1e-12);
     expect_near(a.inverse() * a, Transformation(), 1e-12);
   }
@@ -229,7 +226,7 @@ TEST(Transformation, AxisLengths) {
 }
 
 TEST(Transformation, NormalizeCopyMatchesInPlace) {
-  std::mt19937 rng(4);
+  geom_test::Draw rng(4, 0.0, 1.0);
   for (int i = 0; i < 100; ++i) {
     Transformation t = random_matrix(rng, true);
     if (i % 3 == 0) t.y_axis = Vector4(0, 0, 0, 0.5);  // a zero axis stays zero
@@ -273,11 +270,10 @@ TEST(Transformation, ScaleAxesAndWeight) {
     EXPECT_TRUE(same_bits(n, with_weight(t, w)));
   }
   // With zero axes' w, dividing out the weight keeps every mapped point.
-  std::mt19937 rng(6);
-  std::uniform_real_distribution<double> d(-3.0, 3.0);
+  geom_test::Draw d(6, -3.0, 3.0);
   for (int i = 0; i < 100; ++i) {
-    Transformation b = with_weight(random_matrix(rng, false), d(rng));
-    Vector3 const p(d(rng), d(rng), d(rng));
+    Transformation b = with_weight(random_matrix(d, false), d());
+    Vector3 const p = d.vec();
     Vector3 const before = b.transform_vector(p);
     b.extract_w_factor();
     expect_near(b.transform_vector(p), before, 1e-9 * (1.0 + before.length()));

@@ -25,10 +25,9 @@ Transformation scaled_frame(Vector3 const& s, Vector3 const& origin) {
 }
 
 // A right-handed frame with perpendicular axes of the given lengths.
-Transformation random_frame(std::mt19937_64& rng, Vector3 const& lengths) {
-  std::normal_distribution<double> n(0.0, 1.0);
-  Quaternion const q = Quaternion(n(rng), n(rng), n(rng), n(rng)).normalize();
-  Transformation m(q, Vector3(n(rng), n(rng), n(rng)) * 5.0);
+Transformation random_frame(geom_test::Draw& d, Vector3 const& lengths) {
+  Quaternion const q = Quaternion(d.normal(), d.normal(), d.normal(), d.normal()).normalize();
+  Transformation m(q, Vector3(d.normal(), d.normal(), d.normal()) * 5.0);
   m.scale_axes_self(lengths);
   return m;
 }
@@ -74,12 +73,11 @@ TEST(RotateAxisTo, TurnsTheWholeFrameAndKeepsOrigin) {
 }
 
 TEST(RotateAxisTo, AxisLandsOnDirectionForRandomFrames) {
-  std::mt19937_64 rng(51);
-  std::normal_distribution<double> n(0.0, 1.0);
+  geom_test::Draw rng(51, 0.5, 3.0);
   for (int i = 0; i < 200; ++i) {
-    Vector3 const lengths(0.5 + std::fabs(n(rng)), 0.5 + std::fabs(n(rng)), 0.5 + std::fabs(n(rng)));
+    Vector3 const lengths = rng.vec();
     Transformation const a = random_frame(rng, lengths);
-    Vector3 const dir(n(rng), n(rng), n(rng));
+    Vector3 const dir(rng.normal(), rng.normal(), rng.normal());
     Transformation const r[3] = {a.rotate_xaxis_to(dir), a.rotate_yaxis_to(dir), a.rotate_zaxis_to(dir)};
     Vector3 const own[3] = {r[0].x_axis, r[1].y_axis, r[2].z_axis};
     for (int k = 0; k < 3; ++k) {
@@ -163,19 +161,17 @@ TEST(Interpolation, LengthsWeightsAndOrigins) {
 }
 
 TEST(Interpolation, EndpointsAndRigidInbetweensForRandomFrames) {
-  std::mt19937_64 rng(61);
-  std::uniform_real_distribution<double> len(0.5, 3.0);
   // Within [0, 1] the interpolated lengths stay positive, so the frame keeps its handedness.
-  std::uniform_real_distribution<double> param(0.0, 1.0);
+  geom_test::Draw rng(61, 0.5, 3.0);
   for (int i = 0; i < 200; ++i) {
-    double const ab = len(rng), bb = len(rng);
-    Vector3 const sa(ab, ab, len(rng));
-    Vector3 const sb(bb, bb, len(rng));
+    double const ab = rng(), bb = rng();
+    Vector3 const sa(ab, ab, rng());
+    Vector3 const sb(bb, bb, rng());
     Transformation const a = random_frame(rng, sa);
     Transformation const b = random_frame(rng, sb);
     expect_near(a.uniform_transition_to(b, 0.0), a, 1e-9);
     expect_near(a.uniform_transition_to(b, 1.0), b, 1e-9);
-    double const t = param(rng);
+    double const t = rng(0.0, 1.0);
     Transformation const m = a.uniform_transition_to(b, t);
     expect_rigid(m, sa.transition_to(sb, t));
     expect_near(m.origin, Vector3(a.origin).transition_to(b.origin, t), 1e-9);

@@ -47,12 +47,10 @@ TEST(Vector2, RotateAndAngles) {
   EXPECT_NEAR(Vector2(2e-6, 0.0).rotate(kPi / 2).y, 2e-6, 1e-18);
   EXPECT_DOUBLE_EQ(Vector2(1.0, 0.0).angle_between(Vector2(0.0, -1.0)), kPi / 2);
   EXPECT_DOUBLE_EQ(Vector2(1.0, 0.0).angle_between(Vector2::ORIGIN), kPi / 2);
-  std::mt19937_64 rng(7);
-  std::uniform_real_distribution<double> coord(-10.0, 10.0);
-  std::uniform_real_distribution<double> turn(-3.0, 3.0);
+  geom_test::Draw coord(7, -10.0, 10.0);
   for (int i = 0; i < 2000; ++i) {
-    Vector2 const v(coord(rng), coord(rng));
-    double const a = turn(rng);
+    Vector2 const v = coord.vec2();
+    double const a = coord(-3.0, 3.0);
     Vector2 const t = v.rotate(a);
     EXPECT_NEAR(t.length(), v.length(), 1e-12 * v.length());
     // The unsigned angle recovers |a|, and perp tells its sense.
@@ -78,13 +76,10 @@ TEST(Vector2, ParallelTo) {
 
 // The 2-D form is the 3-D one in the plane z = 0, to the bit; t is not clamped.
 TEST(Vector2, TransitionToMatchesTheThreeDimensionalForm) {
-  std::mt19937_64 rng(20261123);
-  std::uniform_real_distribution<double> coord(-1e3, 1e3);
-  std::uniform_real_distribution<double> weight(-1.0, 2.0);
+  geom_test::Draw coord(20261123, -1e3, 1e3);
   for (int i = 0; i < 500; ++i) {
-    Vector2 const a(coord(rng), coord(rng));
-    Vector2 const b(coord(rng), coord(rng));
-    double const t = i == 0 ? 0.0 : weight(rng);
+    Vector2 const a = coord.vec2(), b = coord.vec2();
+    double const t = i == 0 ? 0.0 : coord(-1.0, 2.0);
     Vector2 const r = a.transition_to(b, t);
     Geom::Vector3 const r3 = Geom::Vector3(a.x, a.y, 0.0).transition_to(Geom::Vector3(b.x, b.y, 0.0), t);
     ASSERT_EQ(r.x, r3.x);

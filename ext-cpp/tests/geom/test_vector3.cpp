@@ -61,12 +61,11 @@ TEST(Vector3, RotateFollowsRightHandRuleAndKeepsLength) {
   expect_near(Vector3::X_AXIS.rotate(Vector3::Z_AXIS, kPi / 2), Vector3::Y_AXIS);
   expect_near(Vector3::Y_AXIS.rotate(Vector3::X_AXIS, kPi / 2), Vector3::Z_AXIS);
   expect_near(Vector3::Z_AXIS.rotate(Vector3::Y_AXIS, kPi / 2), Vector3::X_AXIS);
-  std::mt19937 rng(42);
-  std::uniform_real_distribution<double> d(-3.0, 3.0);
+  geom_test::Draw d(42, -3.0, 3.0);
   for (int i = 0; i < 200; ++i) {
-    Vector3 const v(d(rng), d(rng), d(rng));
-    Vector3 const axis = Vector3(d(rng), d(rng), d(rng)).normalize();
-    double const angle = d(rng);
+    Vector3 const v = d.vec();
+    Vector3 const axis = d.vec().normalize();
+    double const angle = d();
     Vector3 const r = v.rotate(axis, angle);
     EXPECT_NEAR(r.length(), v.length(), 1e-12);
     EXPECT_NEAR(r.dot(axis), v.dot(axis), 1e-12);  // the component along the axis stays
