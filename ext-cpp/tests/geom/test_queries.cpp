@@ -6,7 +6,6 @@
 #include <cfenv>
 #include <cmath>
 #include <limits>
-#include <random>
 #include <utility>
 
 namespace {

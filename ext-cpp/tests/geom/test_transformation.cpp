@@ -4,8 +4,6 @@
 
 #include <cmath>
 #include <cstring>
-#include <limits>
-#include <random>
 
 #include "geom_test_support.h"
 

@@ -30,6 +30,20 @@ struct Recorder {
   }
 };
 
+struct Work {
+  std::atomic<std::uint64_t> indices_done{0};
+  std::atomic<std::uint64_t> sum{0};
+};
+
+void add_indices(unsigned long begin, unsigned long end, void* data) {
+  Work* work = static_cast<Work*>(data);
+  std::uint64_t sum = 0;
+  for (unsigned long i = begin; i < end; ++i) sum += i;
+  work->sum.fetch_add(sum);
+  // Reported last: if the dispatch returned before this, the count below would be short.
+  work->indices_done.fetch_add(end - begin);
+}
+
 }  // namespace
 
 TEST(ParallelDispatcher, CallerCountsAsOneOfTheThreads) {
@@ -79,24 +93,6 @@ TEST(ParallelDispatcher, SlicesCoverRandomRangesExactlyOnce) {
     }
   }
 }
-
-namespace {
-
-struct Work {
-  std::atomic<std::uint64_t> indices_done{0};
-  std::atomic<std::uint64_t> sum{0};
-};
-
-void add_indices(unsigned long begin, unsigned long end, void* data) {
-  Work* work = static_cast<Work*>(data);
-  std::uint64_t sum = 0;
-  for (unsigned long i = begin; i < end; ++i) sum += i;
-  work->sum.fetch_add(sum);
-  // Reported last: if the dispatch returned before this, the count below would be short.
-  work->indices_done.fetch_add(end - begin);
-}
-
-}  // namespace
 
 TEST(ParallelDispatcher, ManyDispatchesInARowLoseNoWakeUp) {
   for (unsigned long threads : {2ul, 3ul}) {

@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "sync_helpers.h"
@@ -39,6 +38,24 @@ void run_indexed(void* data, ThreadHive* hive) {
     if (child < node->tree->size()) hive->enqueue(&run_indexed, &(*node->tree)[child]);
   }
   node->tally->runs[node->index].fetch_add(1);
+}
+
+struct Shared {
+  std::atomic<bool> inside{false};
+  std::atomic<int> overlaps{0};
+  long total = 0;  // deliberately plain: only the critical section guards it
+};
+
+void add_in_critical_section(void* data, ThreadHive* hive) {
+  Shared* shared = static_cast<Shared*>(data);
+  for (int i = 0; i < 20; ++i) {
+    hive->enter_critical_section();
+    if (shared->inside.exchange(true)) shared->overlaps.fetch_add(1);
+    const long seen = shared->total;
+    shared->total = seen + 1;
+    shared->inside.store(false);
+    hive->leave_critical_section();
+  }
 }
 
 }  // namespace
@@ -110,28 +127,6 @@ TEST(ThreadHive, CountIncludesRunningTasksAndQueueIsFirstInFirstOut) {
   ASSERT_EQ(order.size(), 50u);
   for (int i = 0; i < 50; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
 }
-
-namespace {
-
-struct Shared {
-  std::atomic<bool> inside{false};
-  std::atomic<int> overlaps{0};
-  long total = 0;  // deliberately plain: only the critical section guards it
-};
-
-void add_in_critical_section(void* data, ThreadHive* hive) {
-  Shared* shared = static_cast<Shared*>(data);
-  for (int i = 0; i < 20; ++i) {
-    hive->enter_critical_section();
-    if (shared->inside.exchange(true)) shared->overlaps.fetch_add(1);
-    const long seen = shared->total;
-    shared->total = seen + 1;
-    shared->inside.store(false);
-    hive->leave_critical_section();
-  }
-}
-
-}  // namespace
 
 TEST(ThreadHive, CriticalSectionExcludesOtherTasks) {
   Shared shared;
