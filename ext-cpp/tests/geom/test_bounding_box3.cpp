@@ -155,6 +155,9 @@ TEST(BoundingBox3, RayTurnedTowardCentre) {
   EXPECT_FALSE(kUnit.intersects_ray(o, x));
   EXPECT_TRUE(kUnit.intersects_ray(o, x, 0.5));
   EXPECT_FALSE(kUnit.intersects_ray(o, x, 0.01));
+  // Turned by exactly the angle given: the box starts atan(1/2) = 0.4636 rad away.
+  EXPECT_FALSE(kUnit.intersects_ray(o, x, 0.45));
+  EXPECT_TRUE(kUnit.intersects_ray(o, x, 0.48));
   EXPECT_FALSE(kUnit.intersects_ray(o, x, 0.0));
   // The turn never goes past the centre: a huge limit stops at the centre's direction.
   EXPECT_TRUE(kUnit.intersects_ray(o, x, 100.0));
