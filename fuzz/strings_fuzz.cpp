@@ -125,7 +125,7 @@ void check_wide(VALUE string) {
   long const before = live_arrays;
   VALUE ignored = Qnil;
   wchar_t* wide = nullptr;
-  VALUE const raised = protect([&] { return wide = RU::value_to_wc_str(string), Qnil; }, ignored);
+  VALUE const raised = protect([&] { wide = RU::value_to_wc_str(string); return Qnil; }, ignored);
   if (valid(string)) {
     QM_FUZZ_CHECK(raised_as(raised, Qnil) && wide != nullptr);
     QM_FUZZ_CHECK(live_arrays == before + 1);
