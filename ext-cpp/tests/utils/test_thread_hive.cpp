@@ -33,7 +33,7 @@ void run_indexed(void* data, ThreadHive* hive) {
   IndexedTask* node = static_cast<IndexedTask*>(data);
   // The running task is itself outstanding: the pool must never report zero here, however
   // often the count is read while other workers change it.
-  for (int k = 0; k < 16; ++k) {
+  for (int k = 0; k < 64; ++k) {
     if (hive->get_num_tasks() == 0) node->saw_no_outstanding->store(true);
   }
   for (std::size_t c = 1; c <= node->fan_out; ++c) {
