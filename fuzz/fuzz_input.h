@@ -4,7 +4,6 @@
 // Reads typed values off the fuzzer's byte stream. Once the bytes run out every read
 // answers zero, so a target never has to check the length itself.
 
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -19,7 +18,6 @@ public:
   Input(std::uint8_t const* data, std::size_t size) : data_(data), size_(size) {}
 
   bool empty() const { return size_ == 0; }
-  std::size_t remaining() const { return size_; }
 
   std::uint8_t byte() {
     if (size_ == 0) return 0;

@@ -20,37 +20,31 @@ bool same_bits(void const* a, void const* b, std::size_t n) { return std::memcmp
 
 bool equal(Vector3 const& a, Vector3 const& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
 
-Vector2 vec2(qmfuzz::Input& in) {
-  double const x = in.real();
-  return Vector2(x, in.real());
+// N doubles off the stream, in order, as a vector type with a pointer constructor.
+template <typename Vector, int N>
+Vector take(qmfuzz::Input& in) {
+  double v[N];
+  for (double& e : v) e = in.real();
+  return Vector(v);
 }
-
-Vector3 vec3(qmfuzz::Input& in) {
-  double const x = in.real();
-  double const y = in.real();
-  return Vector3(x, y, in.real());
-}
-
-Vector4 vec4(qmfuzz::Input& in) {
-  Vector3 const v = vec3(in);
-  return Vector4(v.x, v.y, v.z, in.real());
-}
+Vector2 vec2(qmfuzz::Input& in) { return take<Vector2, 2>(in); }
+Vector3 vec3(qmfuzz::Input& in) { return take<Vector3, 3>(in); }
+Vector4 vec4(qmfuzz::Input& in) { return take<Vector4, 4>(in); }
 
 Transformation matrix(qmfuzz::Input& in) {
-  double m[16];
-  for (double& e : m) e = in.real();
+  Transformation t = take<Transformation, 16>(in);
   // Rows and columns of zeros are the one sure way to a singular 4x4 matrix.
   std::uint8_t const zeros = in.byte();
-  if (zeros & 0x10) for (int r = 0; r < 4; ++r) m[4 * (zeros & 3) + r] = 0.0;
-  if (zeros & 0x20) for (int c = 0; c < 4; ++c) m[4 * c + ((zeros >> 2) & 3)] = 0.0;
-  return Transformation(m);
+  for (int k = 0; k < 4; ++k) {
+    if (zeros & 0x10) t.data()[4 * (zeros & 3) + k] = 0.0;
+    if (zeros & 0x20) t.data()[4 * k + ((zeros >> 2) & 3)] = 0.0;
+  }
+  return t;
 }
 
 Quaternion quat(qmfuzz::Input& in) {
-  double const w = in.real();
-  double const x = in.real();
-  double const y = in.real();
-  return Quaternion(w, x, y, in.real());
+  Vector4 const v = vec4(in);
+  return Quaternion(v.x, v.y, v.z, v.w);
 }
 
 // Within [low, high] or NaN: a NaN operand may give a NaN angle, never one out of range.
@@ -64,15 +58,13 @@ bool singular_by_zeros(Transformation const& t) {
   double const* m = t.data();
   for (int i = 0; i < 16; ++i)
     if (!(std::abs(m[i]) <= 1e60)) return false;
-  for (int c = 0; c < 4; ++c) {
-    bool zero = true;
-    for (int r = 0; r < 4; ++r) zero = zero && m[4 * c + r] == 0.0;
-    if (zero) return true;
-  }
-  for (int r = 0; r < 4; ++r) {
-    bool zero = true;
-    for (int c = 0; c < 4; ++c) zero = zero && m[4 * c + r] == 0.0;
-    if (zero) return true;
+  for (int i = 0; i < 4; ++i) {
+    bool column = true, row = true;
+    for (int k = 0; k < 4; ++k) {
+      column = column && m[4 * i + k] == 0.0;
+      row = row && m[4 * k + i] == 0.0;
+    }
+    if (column || row) return true;
   }
   return false;
 }
@@ -96,21 +88,16 @@ void vectors(qmfuzz::Input& in) {
   Vector3 const a = vec3(in);
   Vector3 const b = vec3(in);
   double const s = in.real();
-
   check_lengths(a, s);
-
   QM_FUZZ_CHECK(in_range_or_nan(a.angle_between(b), 0.0, kPi));
   QM_FUZZ_CHECK(in_range_or_nan(a.angle_between(b, vec3(in)), -kPi, kPi));
   if (equal(a, Vector3::ORIGIN) && equal(b, Vector3::ORIGIN)) QM_FUZZ_CHECK(a.parallel_to(b));
-  if (equal(a, Vector3::ORIGIN) && (b.x != 0.0 || b.y != 0.0 || b.z != 0.0) &&
-      b.length_squared() > 1.0 && std::isfinite(b.length_squared()))
+  if (equal(a, Vector3::ORIGIN) && b.length_squared() > 1.0 && std::isfinite(b.length_squared()))
     QM_FUZZ_CHECK(!a.parallel_to(b));
-
   Vector3 r = a.rotate(b, s) + a.rotate_to(b, s) + a.rotate_and_scale_to(b, s);
   r += a.cross(b) - a.transition_to(b, s) + a.product(b) / s;
   r /= b;
   r *= a.dot(b);
-  (void)r;
 
   Vector2 const p = vec2(in);
   Vector2 const q = vec2(in);
@@ -125,7 +112,6 @@ void vectors(qmfuzz::Input& in) {
   Vector4 v4 = vec4(in);
   v4 = (v4 + vec4(in)) * s - v4 / s;
   v4 /= vec4(in);
-  (void)v4;
 }
 
 void transformations(qmfuzz::Input& in) {
@@ -133,51 +119,47 @@ void transformations(qmfuzz::Input& in) {
   Transformation const b = matrix(in);
   Vector3 const v = vec3(in);
   double const t = in.real();
-
   Transformation const inv = a.inverse();
-  if (singular_by_zeros(a)) {
+  if (singular_by_zeros(a))
     for (int i = 0; i < 16; ++i) QM_FUZZ_CHECK(inv.data()[i] == 0.0);
-  }
-
-  Vector3 sum = a.transform_vector(v) + a.transform_vector2(v) + a.rotate_vector(v) +
-                a.normal_origin() + a.scale() + (a * b).transform_vector(v, t);
-  (void)sum;
-  (void)(a * vec4(in));
-
+  (void)(a.transform_vector(v) + a.transform_vector2(v) + a.rotate_vector(v) + a.normal_origin() +
+         a.scale() + (a * b).transform_vector(v, t) + a * vec4(in));
   Transformation c = a;
   c.scale(vec3(in));
   c = a.normalize();
   c.scale_axes_self(v);
   c = a.scale_axes(v);
   c.extract_w_factor();
-
   // The interpolations promise a right-handed frame with unit weight whatever comes in.
   Transformation const mid = a.uniform_transition_to(b, t);
-  QM_FUZZ_CHECK(mid.origin.w == 1.0);
-  QM_FUZZ_CHECK(mid.x_axis.w == 0.0 && mid.y_axis.w == 0.0 && mid.z_axis.w == 0.0);
+  QM_FUZZ_CHECK(mid.origin.w == 1.0 && mid.x_axis.w == 0.0 && mid.y_axis.w == 0.0 && mid.z_axis.w == 0.0);
   (void)a.uniform_normal_transition_to(b, t);
-
-  (void)a.rotate_xaxis_to(v);
-  (void)a.rotate_yaxis_to(v);
-  (void)a.rotate_zaxis_to(v);
-  (void)Transformation::rotate(v, t);
-  (void)Transformation::rotatex(t);
-  (void)Transformation::rotatey(t);
-  (void)Transformation::rotatez(t);
+  (void)(a.rotate_xaxis_to(v) * a.rotate_yaxis_to(v) * a.rotate_zaxis_to(v));
+  (void)(Transformation::rotate(v, t) * Transformation::rotatex(t) * Transformation::rotatey(t) *
+         Transformation::rotatez(t));
   (void)Transformation(v, vec3(in));
   (void)Transformation(v, vec3(in), t);
 
   Quaternion const q = quat(in);
   Quaternion const qn = q.normalize();
-  double const q_squared = ((q.w * q.w + q.x * q.x) + q.y * q.y) + q.z * q.z;
-  if (q_squared <= SQUARED_LENGTH_EPSILON) {
+  if (((q.w * q.w + q.x * q.x) + q.y * q.y) + q.z * q.z <= SQUARED_LENGTH_EPSILON)
     QM_FUZZ_CHECK(qn.w == 0.0 && qn.x == 0.0 && qn.y == 0.0 && qn.z == 0.0);
-  }
   Quaternion const from_matrix(a);
   Quaternion const from_axis(v, t);
   Quaternion const product = (q * from_matrix + from_axis - q.inverse()).scale(t);
   (void)product.length();
   (void)Transformation(product, v);
+}
+
+// Corner index k of a box with `corners` corners throws exactly when out of range.
+template <typename Box>
+void check_corner(Box const& box, unsigned long k, unsigned long corners) {
+  try {
+    (void)box.corner(k);
+    QM_FUZZ_CHECK(k < corners);
+  } catch (std::out_of_range const&) {
+    QM_FUZZ_CHECK(k >= corners);
+  }
 }
 
 void boxes(qmfuzz::Input& in) {
@@ -194,26 +176,17 @@ void boxes(qmfuzz::Input& in) {
   BoundingBox3 other(vec3(in), vec3(in));
   box.add(other);
   box.add(vec3(in), vec3(in));
-  double const s = in.real();
-  BoundingBox3 scaled = box.scale(s);
+  BoundingBox3 scaled = box.scale(in.real());
   scaled.pad_self(in.real());
   BoundingBox3 overlap;
   box.intersect(other, overlap);
   (void)(box.contains(vec3(in)) + box.intersects(other) + box.within(other));
   Vector3 const origin = vec3(in);
   Vector3 const direction = vec3(in);
-  bool const hit = box.intersects_ray(origin, direction);
+  (void)box.intersects_ray(origin, direction);
   bool const cone_hit = box.intersects_ray(origin, direction, in.real());
-  if (box.min.x > box.max.x || box.min.y > box.max.y || box.min.z > box.max.z)
-    QM_FUZZ_CHECK(!cone_hit);
-  (void)hit;
-  unsigned long const index = in.byte() % 10;
-  try {
-    (void)box.corner(index);
-    QM_FUZZ_CHECK(index <= 7);
-  } catch (std::out_of_range const&) {
-    QM_FUZZ_CHECK(index > 7);
-  }
+  if (box.min.x > box.max.x || box.min.y > box.max.y || box.min.z > box.max.z) QM_FUZZ_CHECK(!cone_hit);
+  check_corner(box, in.byte() % 10, 8);
 
   AlignedBoundingBox2 flat(in.real());
   std::uint8_t const corners = in.byte() % 5;
@@ -225,37 +198,27 @@ void boxes(qmfuzz::Input& in) {
   flat = flat.scale(in.real()).pad_self(in.real()).translate(vec2(in)).local_shift(vec2(in));
   (void)(flat.contains(vec2(in)) + flat.contains(turned) + flat.intersects(turned));
   (void)flat.center();
-  unsigned long const flat_index = in.byte() % 6;
-  try {
-    (void)flat.corner(flat_index);
-    QM_FUZZ_CHECK(flat_index <= 3);
-  } catch (std::out_of_range const&) {
-    QM_FUZZ_CHECK(flat_index > 3);
-  }
+  check_corner(flat, in.byte() % 6, 4);
   flat.clear();
 }
 
 void queries(qmfuzz::Input& in) {
   Vector3 const sentinel(12345.0, -678.0, 9.0);
-
+  // Only the paths that say so write their out parameter.
   Vector2 crossing(sentinel.x, sentinel.y);
   Vector2 const a2 = vec2(in);
   Vector2 const b2 = vec2(in);
   Vector2 const c2 = vec2(in);
   if (!intersect_segment_segment(a2, b2, c2, vec2(in), crossing))
     QM_FUZZ_CHECK(crossing.x == sentinel.x && crossing.y == sentinel.y);
-
-  // Only the paths that say so write their out parameter.
   Vector3 out = sentinel;
   Vector3 const p0 = vec3(in);
   Vector3 const p1 = vec3(in);
   Vector3 const plane_point = vec3(in);
   Vector3 const plane_normal = vec3(in);
   int const code = intersect_segment_plane(p0, p1, plane_point, plane_normal, out);
-  QM_FUZZ_CHECK(code == SEGMENT_PLANE_NONE || code == SEGMENT_PLANE_POINT ||
-                code == SEGMENT_PLANE_IN_PLANE);
+  QM_FUZZ_CHECK(code == SEGMENT_PLANE_NONE || code == SEGMENT_PLANE_POINT || code == SEGMENT_PLANE_IN_PLANE);
   if (code != SEGMENT_PLANE_POINT) QM_FUZZ_CHECK(same_bits(&out, &sentinel, sizeof out));
-
   out = sentinel;
   if (!intersect_ray_plane(p0, p1, plane_point, plane_normal, out))
     QM_FUZZ_CHECK(same_bits(&out, &sentinel, sizeof out));
@@ -268,15 +231,12 @@ void queries(qmfuzz::Input& in) {
   (void)point_inside_triplet(p0, a, b, c);
   // A triangle with two equal corners is degenerate for certain.
   if (equal(a, b)) QM_FUZZ_CHECK(!point_inside_triplet(p1, a, b, c));
-
   Vector3 on_p;
   Vector3 on_q;
   cpa_line_line(p0, a, p1, b, on_p, on_q);
-
   double const cot = cotan(a, b);
   bool const finite = std::isfinite(a.length_squared()) && std::isfinite(b.length_squared());
   if (finite && (equal(a, Vector3::ORIGIN) || equal(b, Vector3::ORIGIN))) QM_FUZZ_CHECK(cot == 0.0);
-
   (void)inv_sqrt(in.real());
   double const single = in.real();
   (void)inv_sqrt(static_cast<float>(std::isfinite(single) && std::abs(single) < 1e38 ? single : 1.0));

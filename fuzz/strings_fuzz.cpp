@@ -38,15 +38,14 @@ namespace {
 long live_arrays = 0;
 }
 
-void* operator new[](std::size_t size) {
-  void* p = std::malloc(size == 0 ? 1 : size);
-  if (p == nullptr) throw std::bad_alloc();
-  ++live_arrays;
-  return p;
-}
 void* operator new[](std::size_t size, std::nothrow_t const&) noexcept {
   void* p = std::malloc(size == 0 ? 1 : size);
   if (p != nullptr) ++live_arrays;
+  return p;
+}
+void* operator new[](std::size_t size) {
+  void* p = operator new[](size, std::nothrow);
+  if (p == nullptr) throw std::bad_alloc();
   return p;
 }
 void operator delete[](void* p) noexcept {
@@ -105,19 +104,14 @@ VALUE protect(Call const& call, VALUE& result) {
 // named on stderr, so that a finding says which exception came instead.
 bool raised_as(VALUE error, VALUE expected) {
   if (NIL_P(error) ? NIL_P(expected) : rb_obj_class(error) == expected) return true;
-  if (NIL_P(error)) {
-    std::fprintf(stderr, "nothing was raised\n");
-  } else {
-    VALUE const name = rb_class_name(rb_obj_class(error));
-    VALUE const message = rb_funcallv(error, rb_intern("message"), 0, nullptr);
-    std::fprintf(stderr, "raised %.*s: %.*s\n", static_cast<int>(RSTRING_LEN(name)),
-                 RSTRING_PTR(name), static_cast<int>(RSTRING_LEN(message)), RSTRING_PTR(message));
-  }
+  VALUE const said = NIL_P(error) ? rb_str_new_cstr("nothing")
+                                  : rb_funcallv(error, rb_intern("inspect"), 0, nullptr);
+  std::fprintf(stderr, "raised %.*s\n", static_cast<int>(RSTRING_LEN(said)), RSTRING_PTR(said));
   return false;
 }
 
 bool is_utf8(VALUE string) { return rb_enc_get_index(string) == rb_utf8_encindex(); }
-
+bool valid(VALUE string) { return RTEST(rb_funcallv(string, rb_intern("valid_encoding?"), 0, nullptr)); }
 std::vector<long> codepoints(VALUE string) {
   VALUE const list = rb_funcallv(string, rb_intern("codepoints"), 0, nullptr);
   std::vector<long> out(static_cast<std::size_t>(RARRAY_LEN(list)));
@@ -126,19 +120,12 @@ std::vector<long> codepoints(VALUE string) {
   return out;
 }
 
-bool valid(VALUE string) { return RTEST(rb_funcallv(string, rb_intern("valid_encoding?"), 0, nullptr)); }
-
 // value_to_wc_str against the interpreter's own reading of the same String.
 void check_wide(VALUE string) {
   long const before = live_arrays;
   VALUE ignored = Qnil;
   wchar_t* wide = nullptr;
-  VALUE const raised = protect(
-      [&] {
-        wide = RU::value_to_wc_str(string);
-        return Qnil;
-      },
-      ignored);
+  VALUE const raised = protect([&] { wide = RU::value_to_wc_str(string); return Qnil; }, ignored);
   if (valid(string)) {
     QM_FUZZ_CHECK(raised_as(raised, Qnil) && wide != nullptr);
     QM_FUZZ_CHECK(live_arrays == before + 1);
@@ -246,11 +233,6 @@ void not_a_string(qmfuzz::Input& in) {
   RB_GC_GUARD(value);
 }
 
-[[noreturn]] void die(char const* what) {
-  std::fprintf(stderr, "strings_fuzz: %s\n", what);
-  std::exit(2);
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
@@ -265,9 +247,9 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
   // prints the final statistics, SIGUSR1 and SIGUSR2 its graceful stop. Back to the
   // default, libFuzzer takes them all again.
   for (int const signal : {SIGALRM, SIGINT, SIGTERM, SIGUSR1, SIGUSR2}) std::signal(signal, SIG_DFL);
-  if (qmboot::load_host(QUILLMARK_HOST_RUBY_DIR) != 0) die("loading the host stand-in failed");
-  if (qmboot::fill_cache() != 0) die("filling the handle cache failed");
-  return 0;
+  if (qmboot::load_host(QUILLMARK_HOST_RUBY_DIR) == 0 && qmboot::fill_cache() == 0) return 0;
+  std::fprintf(stderr, "strings_fuzz: loading the host stand-in or filling the handle cache failed\n");
+  std::exit(2);
 }
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {

@@ -7,8 +7,10 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
 
 #include <quillmark/geom/geom_transformation.h>
+#include <quillmark/geom/geom_vector2.h>
 #include <quillmark/geom/geom_vector3.h>
 
 namespace geom_test {
@@ -38,6 +40,28 @@ inline void expect_same(Geom::Vector3 const& a, Geom::Vector3 const& b) {
   EXPECT_EQ(a.y, b.y);
   EXPECT_EQ(a.z, b.z);
 }
+
+/// Seeded draws for the property tests: d() is uniform over the range given at construction,
+/// d(lo, hi) over another; vectors take their components in order.
+class Draw {
+public:
+  Draw(unsigned long seed, double lo, double hi) : rng_(seed), lo_(lo), hi_(hi) {}
+  double operator()() { return (*this)(lo_, hi_); }
+  double operator()(double lo, double hi) { return std::uniform_real_distribution<double>(lo, hi)(rng_); }
+  double normal() { return std::normal_distribution<double>(0.0, 1.0)(rng_); }
+  Geom::Vector2 vec2() {
+    double const x = (*this)();
+    return Geom::Vector2(x, (*this)());
+  }
+  Geom::Vector3 vec() {
+    double const x = (*this)(), y = (*this)();
+    return Geom::Vector3(x, y, (*this)());
+  }
+
+private:
+  std::mt19937_64 rng_;
+  double lo_, hi_;
+};
 
 }  // namespace geom_test
 

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
-#include <random>
 #include <stdexcept>
 #include <string>
 
@@ -14,26 +11,19 @@ namespace {
 
 using Geom::BoundingBox3;
 using Geom::Vector3;
+using geom_test::expect_same;
 using geom_test::up;
 
-
 void expect_box(BoundingBox3 const& b, Vector3 const& lo, Vector3 const& hi) {
-  EXPECT_EQ(b.min.x, lo.x);
-  EXPECT_EQ(b.min.y, lo.y);
-  EXPECT_EQ(b.min.z, lo.z);
-  EXPECT_EQ(b.max.x, hi.x);
-  EXPECT_EQ(b.max.y, hi.y);
-  EXPECT_EQ(b.max.z, hi.z);
+  expect_same(b.min, lo);
+  expect_same(b.max, hi);
 }
 
 BoundingBox3 const kUnit(Vector3(0, 0, 0), Vector3(1, 1, 1));
 
 TEST(BoundingBox3, EmptyBoxAndGrowth) {
   BoundingBox3 b;
-  EXPECT_FALSE(b.contains(Vector3()));
-  EXPECT_FALSE(b.intersects(kUnit));
-  EXPECT_FALSE(kUnit.intersects(b));
-  EXPECT_FALSE(b.within(kUnit));
+  EXPECT_FALSE(b.contains(Vector3()) || b.intersects(kUnit) || kUnit.intersects(b) || b.within(kUnit));
   b.add(Vector3(1, 2, 3));
   expect_box(b, Vector3(1, 2, 3), Vector3(1, 2, 3));
   b.add(Vector3(-1, 5, 3)).add(Vector3(0, 0, 4));
@@ -51,21 +41,26 @@ TEST(BoundingBox3, EmptyBoxAndGrowth) {
   // Its own corners as lo and hi: both read before either is written.
   c.add(c.max, c.min);
   expect_box(c, Vector3(-1e15), Vector3(1e15));
+  // Scale and pad.
+  BoundingBox3 const two(Vector3(0.0), Vector3(2.0));
+  expect_box(two.scale(2.0), Vector3(-1.0), Vector3(3.0));
+  expect_box(two.scale(0.5), Vector3(0.5), Vector3(1.5));
+  expect_box(two, Vector3(0.0), Vector3(2.0));
+  expect_box(BoundingBox3(Vector3(2, 0, 0), Vector3(0, 4, 0)).scale_self(2.0), Vector3(3, -2, 0), Vector3(-1, 6, 0));
+  expect_box(BoundingBox3(kUnit).pad_self(0.5), Vector3(-0.5), Vector3(1.5));
+  expect_box(BoundingBox3(kUnit).pad_self(-0.25), Vector3(0.25), Vector3(0.75));
 }
 
 TEST(BoundingBox3, AddedPointsAreCovered) {
-  std::mt19937 rng(8);
-  std::uniform_real_distribution<double> d(-100.0, 100.0);
+  geom_test::Draw d(8, -100.0, 100.0);
   BoundingBox3 b;
   Vector3 pts[500];
-  for (Vector3& p : pts) b.add(p = Vector3(d(rng), d(rng), d(rng)));
+  for (Vector3& p : pts) b.add(p = d.vec());
   Vector3 const centre = (b.min + b.max) * 0.5;
-  for (Vector3 const& p : pts) {
-    EXPECT_TRUE(b.contains(p.transition_to(centre, 1e-9)));  // nudged inward
-  }
-  // The box is the tightest one: every face holds an added point.
+  // Every point is covered (nudged inward), and every face holds exactly one: the tightest box.
   int on_face[6] = {};
   for (Vector3 const& p : pts) {
+    EXPECT_TRUE(b.contains(p.transition_to(centre, 1e-9)));
     on_face[0] += p.x == b.min.x;
     on_face[1] += p.y == b.min.y;
     on_face[2] += p.z == b.min.z;
@@ -79,14 +74,12 @@ TEST(BoundingBox3, AddedPointsAreCovered) {
   expect_box(whole, b.min, b.max);
 }
 
-TEST(BoundingBox3, StrictQueries) {
+TEST(BoundingBox3, StrictQueriesAndCorners) {
   // Each of the six faces, on its own: a point on it is outside, a box flush with it is
   // not within, a box touching it from outside does not intersect.
   BoundingBox3 const around(Vector3(-1.0), Vector3(2.0));
   EXPECT_TRUE(kUnit.contains(Vector3(0.5, 0.5, 0.5)));
-  auto at = [](Vector3& v, int axis) -> double& {
-    return axis == 0 ? v.x : (axis == 1 ? v.y : v.z);
-  };
+  auto at = [](Vector3& v, int axis) -> double& { return axis == 0 ? v.x : (axis == 1 ? v.y : v.z); };
   for (int face = 0; face < 6; ++face) {
     int const axis = face % 3;
     bool const low = face < 3;
@@ -116,15 +109,10 @@ TEST(BoundingBox3, StrictQueries) {
   BoundingBox3 self = kUnit;
   self.intersect(BoundingBox3(Vector3(0.5, -1, 0.25), Vector3(2, 0.75, 3)), self);
   expect_box(self, Vector3(0.5, 0, 0.25), Vector3(1, 0.75, 1));
-}
 
-TEST(BoundingBox3, Corners) {
   BoundingBox3 const b(Vector3(1, 2, 3), Vector3(4, 5, 6));
   for (unsigned long i = 0; i < 8; ++i) {
-    Vector3 const c = b.corner(i);
-    EXPECT_EQ(c.x, (i & 1) ? 4.0 : 1.0);
-    EXPECT_EQ(c.y, (i & 2) ? 5.0 : 2.0);
-    EXPECT_EQ(c.z, (i & 4) ? 6.0 : 3.0);
+    expect_same(b.corner(i), Vector3((i & 1) ? 4.0 : 1.0, (i & 2) ? 5.0 : 2.0, (i & 4) ? 6.0 : 3.0));
   }
   for (unsigned long i : {8ul, 100ul, ~0ul}) {
     try {
@@ -134,17 +122,6 @@ TEST(BoundingBox3, Corners) {
       EXPECT_EQ(std::string(e.what()), "Expected index between 0 and 7.");
     }
   }
-}
-
-TEST(BoundingBox3, ScaleAndPad) {
-  BoundingBox3 b(Vector3(0, 0, 0), Vector3(2, 2, 2));
-  expect_box(b.scale(2.0), Vector3(-1.0), Vector3(3.0));
-  expect_box(b.scale(0.5), Vector3(0.5), Vector3(1.5));
-  expect_box(b, Vector3(0.0), Vector3(2.0));
-  expect_box(BoundingBox3(Vector3(2, 0, 0), Vector3(0, 4, 0)).scale_self(2.0),
-             Vector3(3, -2, 0), Vector3(-1, 6, 0));
-  expect_box(BoundingBox3(kUnit).pad_self(0.5), Vector3(-0.5), Vector3(1.5));
-  expect_box(BoundingBox3(kUnit).pad_self(-0.25), Vector3(0.25), Vector3(0.75));
 }
 
 TEST(BoundingBox3, RayThroughInterior) {
@@ -178,6 +155,9 @@ TEST(BoundingBox3, RayTurnedTowardCentre) {
   EXPECT_FALSE(kUnit.intersects_ray(o, x));
   EXPECT_TRUE(kUnit.intersects_ray(o, x, 0.5));
   EXPECT_FALSE(kUnit.intersects_ray(o, x, 0.01));
+  // Turned by exactly the angle given: the box starts atan(1/2) = 0.4636 rad away.
+  EXPECT_FALSE(kUnit.intersects_ray(o, x, 0.45));
+  EXPECT_TRUE(kUnit.intersects_ray(o, x, 0.48));
   EXPECT_FALSE(kUnit.intersects_ray(o, x, 0.0));
   // The turn never goes past the centre: a huge limit stops at the centre's direction.
   EXPECT_TRUE(kUnit.intersects_ray(o, x, 100.0));
@@ -208,23 +188,19 @@ TEST(BoundingBox3, TurningTowardTheCentreKeepsEveryHit) {
   // From outside, a ray that already passes through the interior, at most a right angle
   // away from the centre, still hits after any turn toward the centre: the turned ray lies
   // between it and the centre's direction, and the box is convex.
-  std::mt19937_64 rng(4711);
-  std::uniform_real_distribution<double> coord(-3.0, 4.0);
-  std::uniform_real_distribution<double> stretch(1.0, 50.0);
-  std::uniform_real_distribution<double> limit(0.0, 3.0);
+  geom_test::Draw coord(4711, -3.0, 4.0);
   int hits = 0;
   for (int i = 0; i < 20000 && hits < 1000; ++i) {
-    Vector3 const o(coord(rng), coord(rng), coord(rng));
+    Vector3 const o = coord.vec();
     if (BoundingBox3(Vector3(-0.01), Vector3(1.01)).contains(o)) continue;
-    Vector3 const target(coord(rng) * 0.2 + 0.5, coord(rng) * 0.2 + 0.5, coord(rng) * 0.2 + 0.5);
+    Vector3 const target = coord.vec() * 0.2 + Vector3(0.5);
     // Half unit, which turns by the true angle; half long, whose cosine can come out past 1.
-    Vector3 const d = (target - o).normalize() * (i % 2 == 0 ? 1.0 : stretch(rng));
+    Vector3 const d = (target - o).normalize() * (i % 2 == 0 ? 1.0 : coord(1.0, 50.0));
     if (!kUnit.intersects_ray(o, d) || d.dot(Vector3(0.5) - o) < 0.0) continue;
     ++hits;
-    double const max_angle = limit(rng);
-    ASSERT_TRUE(kUnit.intersects_ray(o, d, max_angle))
-        << "origin " << o.x << " " << o.y << " " << o.z << " direction " << d.x << " " << d.y
-        << " " << d.z << " limit " << max_angle;
+    double const max_angle = coord(0.0, 3.0);
+    ASSERT_TRUE(kUnit.intersects_ray(o, d, max_angle)) << "origin " << o.x << " " << o.y << " " << o.z
+        << " direction " << d.x << " " << d.y << " " << d.z << " limit " << max_angle;
   }
   EXPECT_GE(hits, 1000);
 }

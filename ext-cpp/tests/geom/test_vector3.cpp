@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <limits>
-#include <random>
 
 #include "geom_test_support.h"
 
@@ -16,15 +15,6 @@ using geom_test::expect_near;
 using geom_test::expect_same;
 using geom_test::kPi;
 using geom_test::up;
-constexpr double kTol = 1e-12;
-
-// The largest x whose square is still at or below the zero-length threshold.
-double largest_zero_length() {
-  double x = 1e-6;
-  while (x * x > Geom::SQUARED_LENGTH_EPSILON) x = down(x);
-  while (up(x) * up(x) <= Geom::SQUARED_LENGTH_EPSILON) x = up(x);
-  return x;
-}
 
 // A vector of length exactly 1.0 (as computed) whose x component is c, so that its
 // cosine with X_AXIS as the rotation code computes it is exactly c.
@@ -35,33 +25,33 @@ Vector3 unit_at_cosine(double c) {
   return Vector3(c, y, 0.0);
 }
 
-TEST(Vector3, ScalarDivisionMultipliesByOneReciprocal) {
+TEST(Vector3, DivisionAndLengthThresholds) {
+  // 7 / 3 and 7 * (1 / 3) differ in the last bit: the reciprocal form is the contract.
   Vector3 const v(1.0, 2.0, 7.0);
   expect_same(v / 3.0, v * (1.0 / 3.0));
   Vector3 w = v;
   w /= 3.0;
   expect_same(w, v * (1.0 / 3.0));
-  // 7 / 3 and 7 * (1 / 3) differ in the last bit: the reciprocal form is the contract.
   EXPECT_NE((v / 3.0).z, 7.0 / 3.0);
-
   Vector3 c(1.0, 2.0, 3.0);
   c /= Vector3(1.0, 2.0, 0.0);
   expect_same(c, Vector3(1.0, 1.0, std::numeric_limits<double>::infinity()));
-}
 
-TEST(Vector3, ZeroLengthThresholdForNormalizeAndSetLength) {
-  double const z = largest_zero_length();
+  // The largest x whose square is still at or below the zero-length threshold: such a
+  // vector is neither normalised nor re-lengthened; the next double is.
+  double z = 1e-6;
+  while (z * z > Geom::SQUARED_LENGTH_EPSILON) z = down(z);
+  while (up(z) * up(z) <= Geom::SQUARED_LENGTH_EPSILON) z = up(z);
   expect_same(Vector3(z, 0.0, 0.0).normalize(), Vector3(z, 0.0, 0.0));
   EXPECT_NEAR(Vector3(up(z), 0.0, 0.0).normalize().x, 1.0, 1e-15);
   EXPECT_EQ(Vector3(z, 0.0, 0.0).set_length(5.0).x, z);
   EXPECT_NEAR(Vector3(0.0, up(z), 0.0).set_length(5.0).y, 5.0, 1e-15);
-
   expect_same(Vector3().normalize(), Vector3());
   Vector3 cleared(1.0, 2.0, 3.0);
-  cleared.clear();
-  expect_same(cleared.normalize(), Vector3());
   cleared.set_all(-2.0);
   expect_near(cleared.normalize(), Vector3(-1.0) * (1.0 / std::sqrt(3.0)));
+  cleared.clear();
+  expect_same(cleared, Vector3());
   expect_near(Vector3(3.0, 4.0, 0.0).normalize(), Vector3(0.6, 0.8, 0.0));
   expect_near(Vector3(0.0, 0.0, 2.0).set_length(-5.0), Vector3(0.0, 0.0, -5.0));
 }
@@ -70,21 +60,21 @@ TEST(Vector3, RotateFollowsRightHandRuleAndKeepsLength) {
   expect_near(Vector3::X_AXIS.rotate(Vector3::Z_AXIS, kPi / 2), Vector3::Y_AXIS);
   expect_near(Vector3::Y_AXIS.rotate(Vector3::X_AXIS, kPi / 2), Vector3::Z_AXIS);
   expect_near(Vector3::Z_AXIS.rotate(Vector3::Y_AXIS, kPi / 2), Vector3::X_AXIS);
-
-  std::mt19937 rng(42);
-  std::uniform_real_distribution<double> d(-3.0, 3.0);
+  geom_test::Draw d(42, -3.0, 3.0);
   for (int i = 0; i < 200; ++i) {
-    Vector3 const v(d(rng), d(rng), d(rng));
-    Vector3 const axis = Vector3(d(rng), d(rng), d(rng)).normalize();
-    double const angle = d(rng);
+    Vector3 const v = d.vec();
+    Vector3 const axis = d.vec().normalize();
+    double const angle = d();
     Vector3 const r = v.rotate(axis, angle);
     EXPECT_NEAR(r.length(), v.length(), 1e-12);
     EXPECT_NEAR(r.dot(axis), v.dot(axis), 1e-12);  // the component along the axis stays
-    expect_near(r.rotate(axis, -angle), v);
     // Turning by the angle between v and its image, within the plane, is the rotation.
     Vector3 const vp = v - axis * v.dot(axis);
     Vector3 const rp = r - axis * r.dot(axis);
     EXPECT_NEAR(vp.angle_between(rp, axis), std::remainder(angle, 2 * kPi), 1e-9);
+    // Parallel vectors whose normalised dot rounds past ±1 still give 0 and pi, not NaN.
+    EXPECT_NEAR(v.angle_between(v * 3.7), 0.0, 1e-7);
+    EXPECT_NEAR(v.angle_between(v * -0.3), kPi, 1e-7);
   }
 }
 
@@ -96,11 +86,21 @@ TEST(Vector3, RotateToTurnsFractionOfTheWay) {
   expect_near(a.rotate_to(b, -1.0), Vector3(0.0, -2.0, 0.0));
   expect_near(a.rotate_and_scale_to(b, 0.5), Vector3(3.5, 3.5, 0.0) * (1.0 / std::sqrt(2.0)));
   expect_near(a.rotate_and_scale_to(b, 1.0), b);
-
   // Opposite directions: the axis is a x Z_AXIS, or a x X_AXIS for a along z.
   expect_near(Vector3::X_AXIS.rotate_to(Vector3(-1.0, 0.0, 0.0), 0.5), Vector3::Z_AXIS);
   expect_near(Vector3::Z_AXIS.rotate_to(Vector3(0.0, 0.0, -1.0), 0.5), Vector3::X_AXIS);
   expect_near(Vector3::Y_AXIS.rotate_to(Vector3(0.0, -3.0, 0.0), 1.0), Vector3(0.0, -1.0, 0.0));
+
+  // Lengths: at 1e-6 either way nothing turns, just above it does. A zero-length target
+  // only rescales; a zero-length object stays as it is.
+  double const l = 1e-6;
+  Vector3 const tiny(l, 0.0, 0.0);
+  expect_same(tiny.rotate_to(Vector3::Y_AXIS, 1.0), tiny);
+  expect_same(Vector3::Y_AXIS.rotate_to(tiny, 1.0), Vector3::Y_AXIS);
+  EXPECT_GT(Vector3(up(l), 0.0, 0.0).rotate_to(Vector3::Y_AXIS, 1.0).y, 0.0);
+  EXPECT_LT(Vector3::Y_AXIS.rotate_to(Vector3(up(l), 0.0, 0.0), 1.0).y, 1e-9);
+  expect_near(Vector3(0.0, 2.0, 0.0).rotate_and_scale_to(Vector3(), 0.5), Vector3(0.0, 1.0, 0.0));
+  expect_same(Vector3().rotate_and_scale_to(Vector3(0.0, 2.0, 0.0), 0.5), Vector3());
 }
 
 TEST(Vector3, RotateToDirectionThresholds) {
@@ -109,16 +109,11 @@ TEST(Vector3, RotateToDirectionThresholds) {
   // At the same-direction line the object comes back untouched; just below it turns.
   expect_same(a.rotate_to(unit_at_cosine(c), 0.5), a);
   EXPECT_GT(a.rotate_to(unit_at_cosine(down(c)), 0.5).y, 0.0);
-  Vector3 const s = a.rotate_and_scale_to(unit_at_cosine(c) * 4.0, 0.5);
-  expect_same(s, Vector3(3.0, 0.0, 0.0));
-
+  expect_same(a.rotate_and_scale_to(unit_at_cosine(c) * 4.0, 0.5), Vector3(3.0, 0.0, 0.0));
   // At -c the directions still count as distinct: the turn is about a x b (the z axis),
   // heading through +y. Just past it they are opposite and the turn is about -y, toward +z.
-  Vector3 const at = Vector3::X_AXIS.rotate_to(unit_at_cosine(-c), 0.5);
-  EXPECT_NEAR(at.y, 1.0, 1e-6);
-  Vector3 const past = Vector3::X_AXIS.rotate_to(unit_at_cosine(down(-c)), 0.5);
-  expect_near(past, Vector3::Z_AXIS);
-
+  EXPECT_NEAR(Vector3::X_AXIS.rotate_to(unit_at_cosine(-c), 0.5).y, 1.0, 1e-6);
+  expect_near(Vector3::X_AXIS.rotate_to(unit_at_cosine(down(-c)), 0.5), Vector3::Z_AXIS);
   // Reversing a unit vector whose z is exactly c turns about a x X_AXIS = (0, c, -y), which
   // carries it through the x axis; with z just below c the axis is a x Z_AXIS, the x axis
   // itself, and the turn stays in the yz plane.
@@ -132,76 +127,52 @@ TEST(Vector3, RotateToDirectionThresholds) {
   EXPECT_NEAR(std::abs(tb.y), 1.0, 1e-6);
 }
 
-TEST(Vector3, RotateToLengthThresholds) {
-  double const l = 1e-6;
-  ASSERT_EQ(Vector3(l, 0.0, 0.0).length(), l);
-  Vector3 const tiny(l, 0.0, 0.0);
-  expect_same(tiny.rotate_to(Vector3::Y_AXIS, 1.0), tiny);
-  expect_same(Vector3::Y_AXIS.rotate_to(tiny, 1.0), Vector3::Y_AXIS);
-  EXPECT_GT(Vector3(up(l), 0.0, 0.0).rotate_to(Vector3::Y_AXIS, 1.0).y, 0.0);
-  EXPECT_LT(Vector3::Y_AXIS.rotate_to(Vector3(up(l), 0.0, 0.0), 1.0).y, 1e-9);
-
-  // A zero-length target only rescales; a zero-length object stays as it is.
-  expect_near(Vector3(0.0, 2.0, 0.0).rotate_and_scale_to(Vector3(), 0.5), Vector3(0.0, 1.0, 0.0));
-  expect_same(Vector3().rotate_and_scale_to(Vector3(0.0, 2.0, 0.0), 0.5), Vector3());
-}
-
-TEST(Vector3, UnsignedAngle) {
-  EXPECT_NEAR(Vector3::X_AXIS.angle_between(Vector3::Y_AXIS), kPi / 2, kTol);
-  EXPECT_EQ(Vector3::X_AXIS.angle_between(Vector3()), std::acos(0.0));
-  EXPECT_NEAR(Vector3(1.0, 0.0, 0.0).angle_between(Vector3(-3.0, 0.0, 0.0)), kPi, kTol);
-  // Clamping: parallel vectors whose normalised dot rounds above 1 still give 0, not NaN.
-  std::mt19937 rng(7);
-  std::uniform_real_distribution<double> d(-10.0, 10.0);
-  for (int i = 0; i < 200; ++i) {
-    Vector3 const v(d(rng), d(rng), d(rng));
-    EXPECT_NEAR(v.angle_between(v * 3.7), 0.0, 1e-7);
-    EXPECT_NEAR(v.angle_between(v * -0.3), kPi, 1e-7);
-  }
-}
-
-TEST(Vector3, SignedAngleAboutNormal) {
+TEST(Vector3, Angles) {
   Vector3 const n = Vector3::Z_AXIS;
-  EXPECT_NEAR(Vector3::X_AXIS.angle_between(Vector3::Y_AXIS, n), kPi / 2, kTol);
-  EXPECT_NEAR(Vector3::Y_AXIS.angle_between(Vector3::X_AXIS, n), -kPi / 2, kTol);
-  EXPECT_NEAR(Vector3::X_AXIS.angle_between(Vector3(-1.0, 0.0, 0.0), n), kPi, kTol);
-  EXPECT_NEAR(Vector3(1.0, 0.0, 5.0).angle_between(Vector3(0.0, 2.0, -7.0), n), kPi / 2, kTol);
-  EXPECT_EQ(Vector3(0.0, 0.0, -3.0).angle_between(Vector3::X_AXIS, n), 0.0);
-  EXPECT_EQ(Vector3::X_AXIS.angle_between(Vector3(0.0, 0.0, 3.0), n), 0.0);
-  // Wrapping: from -170 to +170 degrees is -20 degrees, not +340.
   double const a = 170.0 * kPi / 180.0;
-  Vector3 const from(std::cos(-a), std::sin(-a), 0.0);
-  Vector3 const to(std::cos(a), std::sin(a), 0.0);
-  EXPECT_NEAR(from.angle_between(to, n), -20.0 * kPi / 180.0, 1e-12);
-  EXPECT_NEAR(to.angle_between(from, n), 20.0 * kPi / 180.0, 1e-12);
-  // The reversed normal reverses the sign.
-  EXPECT_NEAR(Vector3::X_AXIS.angle_between(Vector3::Y_AXIS, n.reverse()), -kPi / 2, kTol);
-
+  Vector3 const from(std::cos(-a), std::sin(-a), 0.0), to(std::cos(a), std::sin(a), 0.0);
   // A projection of exactly 1e-6 counts; one just shorter does not.
   double const l = Geom::LENGTH_EPSILON;
-  EXPECT_NEAR(Vector3(l, 0.0, 5.0).angle_between(Vector3::Y_AXIS, n), kPi / 2, kTol);
-  EXPECT_EQ(Vector3(down(l), 0.0, 5.0).angle_between(Vector3::Y_AXIS, n), 0.0);
-  EXPECT_NEAR(Vector3::Y_AXIS.angle_between(Vector3(l, 0.0, 5.0), n), -kPi / 2, kTol);
-  EXPECT_EQ(Vector3::Y_AXIS.angle_between(Vector3(down(l), 0.0, 5.0), n), 0.0);
+  struct Case {
+    Vector3 a, b, normal;
+    double angle;
+  } const cases[] = {
+      {Vector3::X_AXIS, Vector3::Y_AXIS, n, kPi / 2},
+      {Vector3::Y_AXIS, Vector3::X_AXIS, n, -kPi / 2},
+      {Vector3::X_AXIS, {-1, 0, 0}, n, kPi},
+      {{1, 0, 5}, {0, 2, -7}, n, kPi / 2},
+      {{0, 0, -3}, Vector3::X_AXIS, n, 0.0},
+      {Vector3::X_AXIS, {0, 0, 3}, n, 0.0},
+      {from, to, n, -20.0 * kPi / 180.0},  // from -170 to +170 degrees is -20, not +340
+      {to, from, n, 20.0 * kPi / 180.0},
+      {Vector3::X_AXIS, Vector3::Y_AXIS, n.reverse(), -kPi / 2},
+      {{l, 0, 5}, Vector3::Y_AXIS, n, kPi / 2},
+      {{down(l), 0, 5}, Vector3::Y_AXIS, n, 0.0},
+      {Vector3::Y_AXIS, {l, 0, 5}, n, -kPi / 2},
+      {Vector3::Y_AXIS, {down(l), 0, 5}, n, 0.0},
+  };
+  for (Case const& c : cases) EXPECT_NEAR(c.a.angle_between(c.b, c.normal), c.angle, 1e-12) << c.a.x << " " << c.b.x;
+  EXPECT_NEAR(Vector3::X_AXIS.angle_between(Vector3::Y_AXIS), kPi / 2, 1e-12);
+  EXPECT_EQ(Vector3::X_AXIS.angle_between(Vector3()), std::acos(0.0));
+  EXPECT_NEAR(Vector3(1.0, 0.0, 0.0).angle_between(Vector3(-3.0, 0.0, 0.0)), kPi, 1e-12);
 }
 
 TEST(Vector3, Parallel) {
   EXPECT_TRUE(Vector3(1.0, 0.0, 0.0).parallel_to(Vector3(-2.0, 0.0, 0.0)));
   EXPECT_TRUE(Vector3(1.0, 2.0, 3.0).parallel_to(Vector3(2.0, 4.0, 6.0)));
   EXPECT_TRUE(Vector3().parallel_to(Vector3()));
-  EXPECT_FALSE(Vector3().parallel_to(Vector3(1.0, 0.0, 0.0)));
   EXPECT_FALSE(Vector3(1.0, 0.0, 0.0).parallel_to(Vector3(1.0, 1e-5, 0.0)));
-  EXPECT_FALSE(Vector3(1.0, 0.0, 0.0).parallel_to(Vector3(0.0, 1.0, 0.0)));
-  EXPECT_FALSE(Vector3(0.0, 1.0, 0.0).parallel_to(Vector3(0.0, 0.0, 1.0)));
-  EXPECT_FALSE(Vector3(0.0, 0.0, 1.0).parallel_to(Vector3(1.0, 0.0, 0.0)));
   // Vectors too short to normalise are compared as they are: 1e-6 apart is not parallel.
   double const l = Geom::LENGTH_EPSILON;
   ASSERT_LE(l * l, Geom::SQUARED_LENGTH_EPSILON);
-  for (Vector3 const& axis : {Vector3::X_AXIS, Vector3::Y_AXIS, Vector3::Z_AXIS}) {
-    EXPECT_FALSE(Vector3().parallel_to(axis * l));
-    EXPECT_FALSE(Vector3().parallel_to(axis * -l));
-    EXPECT_TRUE(Vector3().parallel_to(axis * down(l)));
-    EXPECT_TRUE(Vector3().parallel_to(axis * -down(l)));
+  Vector3 const axes[] = {Vector3::X_AXIS, Vector3::Y_AXIS, Vector3::Z_AXIS};
+  for (int k = 0; k < 3; ++k) {
+    EXPECT_FALSE(axes[k].parallel_to(axes[(k + 1) % 3]));
+    EXPECT_FALSE(Vector3().parallel_to(axes[k]));
+    EXPECT_FALSE(Vector3().parallel_to(axes[k] * l));
+    EXPECT_FALSE(Vector3().parallel_to(axes[k] * -l));
+    EXPECT_TRUE(Vector3().parallel_to(axes[k] * down(l)));
+    EXPECT_TRUE(Vector3().parallel_to(axes[k] * -down(l)));
   }
 }
 

@@ -7,11 +7,9 @@
 
 namespace test_sync {
 
-// Generous: these only turn a hang into a failure, they never pace a test.
-inline constexpr std::chrono::seconds FAILURE_GUARD{20};
-
-/// Blocks threads until `expected` of them have arrived. arrive_and_wait() answers false
-/// when the guard ran out first, which in these tests means a thread never showed up.
+/// Blocks threads until `expected` of them have arrived. The waits answer false when a
+/// generous guard ran out first, which in these tests means a thread never showed up: the
+/// guard only turns a hang into a failure, it never paces a test.
 class Rendezvous {
 public:
   explicit Rendezvous(int expected) : expected_(expected) {}
@@ -20,13 +18,13 @@ public:
     std::unique_lock<std::mutex> lock(mutex_);
     ++arrived_;
     cond_.notify_all();
-    return cond_.wait_for(lock, FAILURE_GUARD, [this] { return arrived_ >= expected_; });
+    return cond_.wait_for(lock, std::chrono::seconds(20), [this] { return arrived_ >= expected_; });
   }
 
   /// Waits until `count` threads have arrived, without arriving.
   bool wait_for_arrivals(int count) {
     std::unique_lock<std::mutex> lock(mutex_);
-    return cond_.wait_for(lock, FAILURE_GUARD, [&] { return arrived_ >= count; });
+    return cond_.wait_for(lock, std::chrono::seconds(20), [&] { return arrived_ >= count; });
   }
 
   void release_all() {

@@ -28,109 +28,7 @@ struct Recorder {
     std::lock_guard<std::mutex> lock(self->mutex);
     self->slices.push_back(Slice{begin, end, pthread_self()});
   }
-
-  /// The slices of one dispatch, in index order.
-  std::vector<Slice> take_sorted() {
-    std::vector<Slice> taken;
-    taken.swap(slices);
-    std::sort(taken.begin(), taken.end(),
-              [](const Slice& a, const Slice& b) { return a.begin < b.begin; });
-    return taken;
-  }
 };
-
-using Bounds = std::vector<std::pair<unsigned long, unsigned long>>;
-
-Bounds bounds_of(const std::vector<Slice>& slices) {
-  Bounds bounds;
-  for (const Slice& s : slices) bounds.emplace_back(s.begin, s.end);
-  return bounds;
-}
-
-}  // namespace
-
-TEST(ParallelDispatcher, CallerCountsAsOneOfTheThreads) {
-  for (unsigned long n : {0ul, 1ul, 2ul}) {
-    ParallelDispatcher dispatcher(n);
-    EXPECT_EQ(dispatcher.get_num_workers(), 1u) << n << " threads";
-  }
-  ParallelDispatcher eight(8);
-  EXPECT_EQ(eight.get_num_workers(), 7u);
-}
-
-TEST(ParallelDispatcher, PartitionsLikeTheWorkedTable) {
-  ParallelDispatcher dispatcher(4);  // three workers
-  Recorder recorder;
-  const pthread_t caller = pthread_self();
-  struct Case {
-    unsigned long h, t;
-    Bounds expected;
-  };
-  const Case cases[] = {
-      {0, 10, {{0, 3}, {3, 6}, {6, 8}, {8, 10}}},
-      {0, 4, {{0, 1}, {1, 2}, {2, 3}, {3, 4}}},
-      {5, 8, {{5, 6}, {6, 7}, {7, 8}}},
-      {7, 8, {{7, 8}}},
-  };
-  for (const Case& c : cases) {
-    dispatcher.distribute_task(&Recorder::record, c.h, c.t, &recorder);
-    const std::vector<Slice> slices = recorder.take_sorted();
-    EXPECT_EQ(bounds_of(slices), c.expected) << "[" << c.h << ", " << c.t << ")";
-    ASSERT_FALSE(slices.empty());
-    EXPECT_TRUE(pthread_equal(slices.back().thread, caller)) << "the caller runs the last slice";
-    for (std::size_t i = 0; i + 1 < slices.size(); ++i) {
-      EXPECT_FALSE(pthread_equal(slices[i].thread, caller)) << "slice " << i << " belongs to a worker";
-      for (std::size_t j = i + 1; j + 1 < slices.size(); ++j) {
-        EXPECT_FALSE(pthread_equal(slices[i].thread, slices[j].thread)) << "one slice per worker";
-      }
-    }
-  }
-}
-
-TEST(ParallelDispatcher, SlicesCoverRandomRangesExactlyOnce) {
-  std::mt19937_64 rng(7031);
-  std::uniform_int_distribution<unsigned long> start(0, 1ul << 40);
-  std::uniform_int_distribution<unsigned long> small_length(0, 40);
-  std::uniform_int_distribution<unsigned long> large_length(41, 100000);
-  Recorder recorder;
-  const pthread_t caller = pthread_self();
-  for (unsigned long threads = 0; threads <= 6; ++threads) {
-    ParallelDispatcher dispatcher(threads);
-    const std::uint64_t w = dispatcher.get_num_workers();
-    for (int round = 0; round < 60; ++round) {
-      const unsigned long h = start(rng);
-      const unsigned long n = round % 3 == 0 ? large_length(rng) : small_length(rng);
-      dispatcher.distribute_task(&Recorder::record, h, h + n, &recorder);
-      const std::vector<Slice> slices = recorder.take_sorted();
-      if (n == 0) {
-        EXPECT_TRUE(slices.empty());
-        continue;
-      }
-      // Contiguous, non-empty, covering [h, h + n): each index exactly once.
-      ASSERT_EQ(slices.size(), std::min<std::uint64_t>(n, w + 1));
-      unsigned long cursor = h;
-      for (const Slice& s : slices) {
-        ASSERT_EQ(s.begin, cursor);
-        ASSERT_GT(s.end, s.begin);
-        cursor = s.end;
-      }
-      ASSERT_EQ(cursor, h + n);
-      EXPECT_TRUE(pthread_equal(slices.back().thread, caller));
-      // Balanced: sizes never grow along the range and differ by at most one, the caller's
-      // slice being one of the smallest.
-      const unsigned long smallest = slices.back().end - slices.back().begin;
-      for (std::size_t i = 0; i < slices.size(); ++i) {
-        const unsigned long length = slices[i].end - slices[i].begin;
-        EXPECT_LE(length - smallest, 1u) << "slice " << i << " of " << n << " indices";
-        if (i > 0) {
-          EXPECT_LE(length, slices[i - 1].end - slices[i - 1].begin);
-        }
-      }
-    }
-  }
-}
-
-namespace {
 
 struct Work {
   std::atomic<std::uint64_t> indices_done{0};
@@ -148,12 +46,59 @@ void add_indices(unsigned long begin, unsigned long end, void* data) {
 
 }  // namespace
 
+TEST(ParallelDispatcher, CallerCountsAsOneOfTheThreads) {
+  for (unsigned long n : {0ul, 1ul, 2ul}) EXPECT_EQ(ParallelDispatcher(n).get_num_workers(), 1u) << n;
+  EXPECT_EQ(ParallelDispatcher(8).get_num_workers(), 7u);
+}
+
+// [h, t) is cut into min(t - h, W + 1) contiguous slices whose sizes differ by at most one,
+// larger ones first ([0, 10) over four threads: 3, 3, 2, 2); each worker runs one, the
+// caller the last.
+TEST(ParallelDispatcher, SlicesCoverRandomRangesExactlyOnce) {
+  std::mt19937_64 rng(7031);
+  std::uniform_int_distribution<unsigned long> start(0, 1ul << 40);
+  std::uniform_int_distribution<unsigned long> small_length(0, 40);
+  std::uniform_int_distribution<unsigned long> large_length(41, 100000);
+  Recorder recorder;
+  const pthread_t caller = pthread_self();
+  for (unsigned long threads = 0; threads <= 6; ++threads) {
+    ParallelDispatcher dispatcher(threads);
+    const std::uint64_t w = dispatcher.get_num_workers();
+    for (int round = 0; round < 60; ++round) {
+      const unsigned long h = start(rng);
+      const unsigned long n = round % 3 == 0 ? large_length(rng) : small_length(rng);
+      dispatcher.distribute_task(&Recorder::record, h, h + n, &recorder);
+      std::vector<Slice> slices;
+      slices.swap(recorder.slices);
+      std::sort(slices.begin(), slices.end(), [](const Slice& a, const Slice& b) { return a.begin < b.begin; });
+      ASSERT_EQ(slices.size(), std::min<std::uint64_t>(n, w + 1));
+      if (n == 0) continue;
+      unsigned long cursor = h;
+      const unsigned long smallest = slices.back().end - slices.back().begin;
+      for (std::size_t i = 0; i < slices.size(); ++i) {
+        ASSERT_EQ(slices[i].begin, cursor);
+        ASSERT_GT(slices[i].end, cursor);
+        cursor = slices[i].end;
+        const unsigned long length = slices[i].end - slices[i].begin;
+        EXPECT_LE(length - smallest, 1u) << "slice " << i << " of " << n << " indices";
+        if (i > 0) { EXPECT_LE(length, slices[i - 1].end - slices[i - 1].begin); }
+        if (i + 1 == slices.size()) break;
+        EXPECT_FALSE(pthread_equal(slices[i].thread, caller)) << "slice " << i << " belongs to a worker";
+        for (std::size_t j = i + 1; j + 1 < slices.size(); ++j) {
+          EXPECT_FALSE(pthread_equal(slices[i].thread, slices[j].thread)) << "one slice per worker";
+        }
+      }
+      ASSERT_EQ(cursor, h + n);
+      EXPECT_TRUE(pthread_equal(slices.back().thread, caller)) << "the caller runs the last slice";
+    }
+  }
+}
+
 TEST(ParallelDispatcher, ManyDispatchesInARowLoseNoWakeUp) {
   for (unsigned long threads : {2ul, 3ul}) {
     ParallelDispatcher dispatcher(threads);
     Work work;
-    std::uint64_t expected_indices = 0;
-    std::uint64_t expected_sum = 0;
+    std::uint64_t expected_indices = 0, expected_sum = 0;
     const int dispatches = threads == 2 ? 20000 : 3000;
     for (int d = 0; d < dispatches; ++d) {
       const unsigned long h = static_cast<unsigned long>(d);
@@ -172,31 +117,20 @@ TEST(ParallelDispatcherDeathTest, ReversedRangeIsFatal) {
   ParallelDispatcher dispatcher(2);
   Work work;
   EXPECT_DEATH(dispatcher.distribute_task(&add_indices, 5, 4, &work),
-               "Assertion failed: t >= h, function distribute_task, file "
-               ".*parallel_dispatcher\\.cpp, line");
+               "Assertion failed: t >= h, function distribute_task, file .*parallel_dispatcher\\.cpp, line");
 }
 
 // Polling pays only when each thread of a dispatch has a processor of its own among those
 // this process may run on, however many the machine has online.
 TEST(ParallelDispatcher, PollsOnlyWithAProcessorForEveryThread) {
-  cpu_set_t all;
+  cpu_set_t all, one;
   ASSERT_EQ(sched_getaffinity(0, sizeof all, &all), 0);
-  {
-    ParallelDispatcher two(2);
-    EXPECT_EQ(two.get_poll_ns() != 0, CPU_COUNT(&all) >= 2);
-  }
-  cpu_set_t one;
+  EXPECT_EQ(ParallelDispatcher(2).get_poll_ns() != 0, CPU_COUNT(&all) >= 2);
   CPU_ZERO(&one);
-  for (int cpu = 0; cpu < CPU_SETSIZE; ++cpu) {
-    if (CPU_ISSET(cpu, &all)) {
-      CPU_SET(cpu, &one);
-      break;
-    }
-  }
+  int cpu = 0;
+  while (!CPU_ISSET(cpu, &all)) ++cpu;
+  CPU_SET(cpu, &one);
   ASSERT_EQ(sched_setaffinity(0, sizeof one, &one), 0);  // like taskset -c N
-  {
-    ParallelDispatcher pinned(2);
-    EXPECT_EQ(pinned.get_poll_ns(), 0u) << "two threads on one processor must sleep";
-  }
+  EXPECT_EQ(ParallelDispatcher(2).get_poll_ns(), 0u) << "two threads on one processor must sleep";
   ASSERT_EQ(sched_setaffinity(0, sizeof all, &all), 0);
 }

@@ -8,6 +8,7 @@
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
+#include <vector>
 
 #include <quillmark/utils/bit_buffer.h>
 #include <quillmark/utils/parallel_dispatcher.h>
@@ -102,23 +103,13 @@ TEST(RefusedThreads, DispatcherRunsTheWholeRangeOnTheCaller) {
   RefuseNewThreads refuse;
   ParallelDispatcher dispatcher(4);
   ASSERT_EQ(dispatcher.get_num_workers(), 0u);
-  struct Calls {
-    int count = 0;
-    unsigned long begin = 0, end = 0;
-  } calls;
+  std::vector<unsigned long> calls;  // begin and end of each call
   const auto record = [](unsigned long begin, unsigned long end, void* data) {
-    Calls* c = static_cast<Calls*>(data);
-    ++c->count;
-    c->begin = begin;
-    c->end = end;
+    static_cast<std::vector<unsigned long>*>(data)->insert(static_cast<std::vector<unsigned long>*>(data)->end(), {begin, end});
   };
   dispatcher.distribute_task(record, 3, 103, &calls);
-  EXPECT_EQ(calls.count, 1);
-  EXPECT_EQ(calls.begin, 3u);
-  EXPECT_EQ(calls.end, 103u);
   dispatcher.distribute_task(record, 9, 10, &calls);
-  EXPECT_EQ(calls.count, 2);
-  EXPECT_EQ(calls.begin, 9u);
+  EXPECT_EQ(calls, (std::vector<unsigned long>{3, 103, 9, 10}));
 }
 
 TEST(ImpossibleSizesDeathTest, AreFatalInsteadOfWrapping) {
