@@ -17,9 +17,9 @@
 #include <utility>
 #include <vector>
 
-#include "embedded_ruby_bench.h"
 #include <quillmark/ruby/ruby_entities.h>
 #include <quillmark/ruby/ruby_handles.h>
+#include "embedded_ruby_bench.h"
 
 // Allocation counting: the executable's malloc family interposes glibc's for the whole
 // process, the interpreter and the SDK stand-in included.
@@ -62,7 +62,8 @@ VALUE last_group(long groups, long definitions) {
                            "  last = nil\n  " +
                            std::to_string(definitions) + ".times do |d|\n" +
                            "    definition = model.definitions.add(\"D#{d}\")\n    " +
-                           std::to_string(groups / definitions) + ".times { last = definition.entities.add_group }\n" +
+                           std::to_string(groups / definitions) +
+                           ".times { last = definition.entities.add_group }\n" +
                            "  end\n"
                            "  last\n"
                            "end";
@@ -134,16 +135,20 @@ void BM_find_last_group(benchmark::State& state) {
   const double visited = static_cast<double>(groups + definitions + groups);
   state.counters["allocs/find"] = benchmark::Counter(static_cast<double>(allocations) / finds);
   state.counters["visited"] = benchmark::Counter(visited);
-  state.counters["per_entity"] =
-      benchmark::Counter(visited, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  state.counters["per_entity"] = benchmark::Counter(
+      visited, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void shapes(benchmark::internal::Benchmark* bench) {
   bench->Args({1000, 10})->Args({10000, 100})->Args({100000, 1000})->Unit(benchmark::kMicrosecond);
 }
 
-BENCHMARK_TEMPLATE(BM_find_last_group, RU::vsu_to_csu_group)->Name("finder/vsu_to_csu_group")->Apply(shapes);
-BENCHMARK_TEMPLATE(BM_find_last_group, vector_find_group)->Name("peer/vector_per_list")->Apply(shapes);
+BENCHMARK_TEMPLATE(BM_find_last_group, RU::vsu_to_csu_group)
+    ->Name("finder/vsu_to_csu_group")
+    ->Apply(shapes);
+BENCHMARK_TEMPLATE(BM_find_last_group, vector_find_group)
+    ->Name("peer/vector_per_list")
+    ->Apply(shapes);
 
 }  // namespace
 

@@ -70,8 +70,11 @@ BENCHMARK(QuaternionFromTransformation_Geom);
 
 void QuaternionFromTransformation_Eigen(benchmark::State& state) {
   std::vector<Eigen::Matrix4d> in;
-  for (Transformation const& t : rotations()) in.emplace_back(Eigen::Map<const Eigen::Matrix4d>(t.data()));
-  each_input(state, [&](std::size_t i) { return Eigen::Quaterniond(Eigen::Matrix3d(in[i].topLeftCorner<3, 3>())); });
+  for (Transformation const& t : rotations())
+    in.emplace_back(Eigen::Map<const Eigen::Matrix4d>(t.data()));
+  each_input(state, [&](std::size_t i) {
+    return Eigen::Quaterniond(Eigen::Matrix3d(in[i].topLeftCorner<3, 3>()));
+  });
 }
 BENCHMARK(QuaternionFromTransformation_Eigen);
 
@@ -181,7 +184,8 @@ std::vector<T> positive_inputs() {
   std::mt19937_64 rng(4);
   std::uniform_real_distribution<double> exponent(-20.0, 20.0);
   std::vector<T> out;
-  for (std::size_t i = 0; i < kTable; ++i) out.push_back(static_cast<T>(std::pow(10.0, exponent(rng))));
+  for (std::size_t i = 0; i < kTable; ++i)
+    out.push_back(static_cast<T>(std::pow(10.0, exponent(rng))));
   return out;
 }
 

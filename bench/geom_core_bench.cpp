@@ -211,10 +211,9 @@ void Normalize_Geom(benchmark::State& state) {
   small_loop(state, sample_points(), [](Vector3 const& v, std::size_t) { return v.normalize(); });
 }
 void Normalize_Eigen(benchmark::State& state) {
-  small_loop(state, points_as<Eigen::Vector3d>(),
-             [](Eigen::Vector3d const& v, std::size_t) -> Eigen::Vector3d {
-               return v.normalized();
-             });
+  small_loop(
+      state, points_as<Eigen::Vector3d>(),
+      [](Eigen::Vector3d const& v, std::size_t) -> Eigen::Vector3d { return v.normalized(); });
 }
 void Normalize_glm(benchmark::State& state) {
   small_loop(state, points_as<glm::dvec3>(),

@@ -8,10 +8,10 @@
 
 #include <string>
 
-#include "embedded_ruby_bench.h"
 #include <quillmark/ruby/ruby_geometry.h>
 #include <quillmark/ruby/ruby_handles.h>
 #include <quillmark/ruby/ruby_strings.h>
+#include "embedded_ruby_bench.h"
 
 namespace {
 

@@ -19,8 +19,8 @@
 #include <thread>
 #include <vector>
 
-#include <quillmark/utils/bit_buffer.h>
 #include <quillmark/geom/geom_transformation.h>
+#include <quillmark/utils/bit_buffer.h>
 #include <quillmark/utils/parallel_dispatcher.h>
 #include <quillmark/utils/thread_hive.h>
 
@@ -35,9 +35,9 @@ constexpr std::int64_t kAsyncTasks = 2000;  // one thread per task: scaled down
 constexpr int kMicroTaskSteps = 330;
 
 benchmark::Counter per_item(std::int64_t items) {
-  return benchmark::Counter(static_cast<double>(items),
-                            benchmark::Counter::kIsIterationInvariantRate |
-                                benchmark::Counter::kInvert);
+  return benchmark::Counter(
+      static_cast<double>(items),
+      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void empty_work() { benchmark::ClobberMemory(); }
@@ -119,15 +119,39 @@ void BM_Task_Serial(benchmark::State& state) {
   for (auto _ : state) micro_work();
 }
 
-BENCHMARK_TEMPLATE(BM_Pool_ThreadHive, empty_work)->Arg(kEmptyTasks)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_TEMPLATE(BM_Pool_TbbTaskGroup, empty_work)->Arg(kEmptyTasks)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_TEMPLATE(BM_Pool_DebianThreadPool, empty_work)->Arg(kEmptyTasks)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_TEMPLATE(BM_Pool_StdAsync, empty_work)->Arg(kAsyncTasks)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Pool_ThreadHive, empty_work)
+    ->Arg(kEmptyTasks)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Pool_TbbTaskGroup, empty_work)
+    ->Arg(kEmptyTasks)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Pool_DebianThreadPool, empty_work)
+    ->Arg(kEmptyTasks)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Pool_StdAsync, empty_work)
+    ->Arg(kAsyncTasks)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 BENCHMARK(BM_Task_Serial);
-BENCHMARK_TEMPLATE(BM_Pool_ThreadHive, micro_work)->Arg(kMicroTasks)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_TEMPLATE(BM_Pool_TbbTaskGroup, micro_work)->Arg(kMicroTasks)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_TEMPLATE(BM_Pool_DebianThreadPool, micro_work)->Arg(kMicroTasks)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_TEMPLATE(BM_Pool_StdAsync, micro_work)->Arg(kAsyncTasks)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Pool_ThreadHive, micro_work)
+    ->Arg(kMicroTasks)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Pool_TbbTaskGroup, micro_work)
+    ->Arg(kMicroTasks)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Pool_DebianThreadPool, micro_work)
+    ->Arg(kMicroTasks)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Pool_StdAsync, micro_work)
+    ->Arg(kAsyncTasks)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 // ---- Dispatcher: latency of a tiny range ----
 
@@ -221,7 +245,8 @@ struct PointLoop {
 
   PointLoop()
       : transformation(Geom::Vector3(1.0, -2.0, 0.5), Geom::Vector3(0.3, 0.4, 0.866), 0.7),
-        in(kPoints), out(kPoints) {
+        in(kPoints),
+        out(kPoints) {
     std::mt19937_64 rng(42);
     std::uniform_real_distribution<double> coordinate(-100.0, 100.0);
     for (auto& p : in) p = Geom::Vector3(coordinate(rng), coordinate(rng), coordinate(rng));
@@ -249,11 +274,9 @@ void BM_Loop_ParallelDispatcher(benchmark::State& state) {
   PointLoop& loop = point_loop();
   ParallelDispatcher dispatcher(kThreads);
   for (auto _ : state) {
-    dispatcher.distribute_task(
-        [](unsigned long begin, unsigned long end, void* data) {
-          static_cast<PointLoop*>(data)->run(begin, end);
-        },
-        0, kPoints, &loop);
+    dispatcher.distribute_task([](unsigned long begin, unsigned long end,
+                                  void* data) { static_cast<PointLoop*>(data)->run(begin, end); },
+                               0, kPoints, &loop);
     benchmark::ClobberMemory();
   }
 }
@@ -263,7 +286,8 @@ void BM_Loop_OpenMP(benchmark::State& state) {
   for (auto _ : state) {
 #pragma omp parallel for num_threads(kThreads) schedule(static)
     for (long i = 0; i < static_cast<long>(kPoints); ++i) {
-      loop.out[static_cast<std::size_t>(i)] = loop.transformation.transform_vector(loop.in[static_cast<std::size_t>(i)]);
+      loop.out[static_cast<std::size_t>(i)] =
+          loop.transformation.transform_vector(loop.in[static_cast<std::size_t>(i)]);
     }
     benchmark::ClobberMemory();
   }

@@ -45,7 +45,8 @@ void queue_against_deque(qmfuzz::Input& in) {
     }
     std::uint64_t const capacity = queue.get_capacity();
     QM_FUZZ_CHECK(queue.get_size() == model.size() && queue.empty() == model.empty());
-    QM_FUZZ_CHECK(model.size() < capacity && (capacity & (capacity - 1)) == 0 && capacity >= before);
+    QM_FUZZ_CHECK(model.size() < capacity && (capacity & (capacity - 1)) == 0 &&
+                  capacity >= before);
   }
   for (Item const& expected : model) {  // whatever is left drains in order
     Item got{};
@@ -79,9 +80,17 @@ void bits_against_vector(qmfuzz::Input& in) {
     if (op < 6) bit %= model.size() + (op == 5);
     std::size_t bytes = bit / 8 + 1;
     switch (op) {
-      case 0: buffer.set_bit(bit); model[bit] = true; break;
-      case 1: buffer.clear_bit(bit); model[bit] = false; break;
-      case 2: QM_FUZZ_CHECK(buffer.test_bit(bit) == model[bit]); break;
+      case 0:
+        buffer.set_bit(bit);
+        model[bit] = true;
+        break;
+      case 1:
+        buffer.clear_bit(bit);
+        model[bit] = false;
+        break;
+      case 2:
+        QM_FUZZ_CHECK(buffer.test_bit(bit) == model[bit]);
+        break;
       case 3:
       case 4:
         QM_FUZZ_CHECK(buffer.test_and_set_bit(bit) == model[bit]);
@@ -94,15 +103,24 @@ void bits_against_vector(qmfuzz::Input& in) {
       case 6:
       case 7:
         // reserve_pow2 grows to a power of two bytes, and only when the bit is not there yet.
-        if (op == 6) buffer.reserve(bit); else buffer.reserve_pow2(bit);
+        if (op == 6)
+          buffer.reserve(bit);
+        else
+          buffer.reserve_pow2(bit);
         if (op == 7 && bytes * 8 > model.size()) {
           std::size_t const needed = bytes;
           for (bytes = 1; bytes < needed;) bytes *= 2;
         }
         if (bytes * 8 > model.size()) model.resize(bytes * 8, false);
         break;
-      case 8: buffer.clear(); model.assign(model.size(), false); break;
-      case 9: buffer.reset(); model.assign(8, false); break;
+      case 8:
+        buffer.clear();
+        model.assign(model.size(), false);
+        break;
+      case 9:
+        buffer.reset();
+        model.assign(8, false);
+        break;
       default: {
         // Copies are deep: the copy keeps its bits when the original changes.
         BitBuffer copy(buffer);

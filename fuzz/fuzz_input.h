@@ -14,7 +14,7 @@
 namespace qmfuzz {
 
 class Input {
-public:
+ public:
   Input(std::uint8_t const* data, std::size_t size) : data_(data), size_(size) {}
 
   bool empty() const { return size_ == 0; }
@@ -40,19 +40,43 @@ public:
       take(&value, sizeof value);
       return value;
     }
-    static double const special[] = {
-        0.0, -0.0, 1.0, -1.0, 0.5, 2.0, 1e-6, -1e-6, 1e-12, 1e-7, 1e-3, 0.005,
-        0.9999995, 3.141592653589793, 1e15, -1e15, 1e300, -1e300, 1e-300,
-        std::numeric_limits<double>::denorm_min(), std::numeric_limits<double>::min(),
-        std::numeric_limits<double>::max(), std::numeric_limits<double>::lowest(),
-        std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
-        std::numeric_limits<double>::quiet_NaN(), -std::numeric_limits<double>::quiet_NaN(),
-        4294967296.0, -2147483649.0, 255.0, 256.0, 1e-5};
+    static double const special[] = {0.0,
+                                     -0.0,
+                                     1.0,
+                                     -1.0,
+                                     0.5,
+                                     2.0,
+                                     1e-6,
+                                     -1e-6,
+                                     1e-12,
+                                     1e-7,
+                                     1e-3,
+                                     0.005,
+                                     0.9999995,
+                                     3.141592653589793,
+                                     1e15,
+                                     -1e15,
+                                     1e300,
+                                     -1e300,
+                                     1e-300,
+                                     std::numeric_limits<double>::denorm_min(),
+                                     std::numeric_limits<double>::min(),
+                                     std::numeric_limits<double>::max(),
+                                     std::numeric_limits<double>::lowest(),
+                                     std::numeric_limits<double>::infinity(),
+                                     -std::numeric_limits<double>::infinity(),
+                                     std::numeric_limits<double>::quiet_NaN(),
+                                     -std::numeric_limits<double>::quiet_NaN(),
+                                     4294967296.0,
+                                     -2147483649.0,
+                                     255.0,
+                                     256.0,
+                                     1e-5};
     constexpr std::size_t count = sizeof special / sizeof special[0];
     return special[(tag - 128) % count];
   }
 
-private:
+ private:
   void take(void* out, std::size_t n) {
     std::size_t const have = n < size_ ? n : size_;
     std::memcpy(out, data_, have);

@@ -7,8 +7,8 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "fuzz_input.h"
 #include <quillmark/geom/geom.h>
+#include "fuzz_input.h"
 
 using namespace Geom;
 
@@ -132,7 +132,8 @@ void transformations(qmfuzz::Input& in) {
   c.extract_w_factor();
   // The interpolations promise a right-handed frame with unit weight whatever comes in.
   Transformation const mid = a.uniform_transition_to(b, t);
-  QM_FUZZ_CHECK(mid.origin.w == 1.0 && mid.x_axis.w == 0.0 && mid.y_axis.w == 0.0 && mid.z_axis.w == 0.0);
+  QM_FUZZ_CHECK(mid.origin.w == 1.0 && mid.x_axis.w == 0.0 && mid.y_axis.w == 0.0 &&
+                mid.z_axis.w == 0.0);
   (void)a.uniform_normal_transition_to(b, t);
   (void)(a.rotate_xaxis_to(v) * a.rotate_yaxis_to(v) * a.rotate_zaxis_to(v));
   (void)(Transformation::rotate(v, t) * Transformation::rotatex(t) * Transformation::rotatey(t) *
@@ -185,7 +186,8 @@ void boxes(qmfuzz::Input& in) {
   Vector3 const direction = vec3(in);
   (void)box.intersects_ray(origin, direction);
   bool const cone_hit = box.intersects_ray(origin, direction, in.real());
-  if (box.min.x > box.max.x || box.min.y > box.max.y || box.min.z > box.max.z) QM_FUZZ_CHECK(!cone_hit);
+  if (box.min.x > box.max.x || box.min.y > box.max.y || box.min.z > box.max.z)
+    QM_FUZZ_CHECK(!cone_hit);
   check_corner(box, in.byte() % 10, 8);
 
   AlignedBoundingBox2 flat(in.real());
@@ -217,7 +219,8 @@ void queries(qmfuzz::Input& in) {
   Vector3 const plane_point = vec3(in);
   Vector3 const plane_normal = vec3(in);
   int const code = intersect_segment_plane(p0, p1, plane_point, plane_normal, out);
-  QM_FUZZ_CHECK(code == SEGMENT_PLANE_NONE || code == SEGMENT_PLANE_POINT || code == SEGMENT_PLANE_IN_PLANE);
+  QM_FUZZ_CHECK(code == SEGMENT_PLANE_NONE || code == SEGMENT_PLANE_POINT ||
+                code == SEGMENT_PLANE_IN_PLANE);
   if (code != SEGMENT_PLANE_POINT) QM_FUZZ_CHECK(same_bits(&out, &sentinel, sizeof out));
   out = sentinel;
   if (!intersect_ray_plane(p0, p1, plane_point, plane_normal, out))
@@ -239,7 +242,8 @@ void queries(qmfuzz::Input& in) {
   if (finite && (equal(a, Vector3::ORIGIN) || equal(b, Vector3::ORIGIN))) QM_FUZZ_CHECK(cot == 0.0);
   (void)inv_sqrt(in.real());
   double const single = in.real();
-  (void)inv_sqrt(static_cast<float>(std::isfinite(single) && std::abs(single) < 1e38 ? single : 1.0));
+  (void)inv_sqrt(
+      static_cast<float>(std::isfinite(single) && std::abs(single) < 1e38 ? single : 1.0));
 
   // The exact counts: AddressSanitizer sees a point written past the end.
   Vector3 circle[17];
@@ -263,10 +267,18 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   qmfuzz::Input in(data, size);
   while (!in.empty()) {
     switch (in.byte() % 4) {
-      case 0: vectors(in); break;
-      case 1: transformations(in); break;
-      case 2: boxes(in); break;
-      default: queries(in); break;
+      case 0:
+        vectors(in);
+        break;
+      case 1:
+        transformations(in);
+        break;
+      case 2:
+        boxes(in);
+        break;
+      default:
+        queries(in);
+        break;
     }
   }
   return 0;

@@ -21,10 +21,10 @@
 #include <string>
 #include <vector>
 
-#include "fuzz_input.h"
-#include "ruby_boot.h"
 #include <quillmark/ruby/ruby_handles.h>
 #include <quillmark/ruby/ruby_strings.h>
+#include "fuzz_input.h"
+#include "ruby_boot.h"
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
@@ -111,7 +111,9 @@ bool raised_as(VALUE error, VALUE expected) {
 }
 
 bool is_utf8(VALUE string) { return rb_enc_get_index(string) == rb_utf8_encindex(); }
-bool valid(VALUE string) { return RTEST(rb_funcallv(string, rb_intern("valid_encoding?"), 0, nullptr)); }
+bool valid(VALUE string) {
+  return RTEST(rb_funcallv(string, rb_intern("valid_encoding?"), 0, nullptr));
+}
 std::vector<long> codepoints(VALUE string) {
   VALUE const list = rb_funcallv(string, rb_intern("codepoints"), 0, nullptr);
   std::vector<long> out(static_cast<std::size_t>(RARRAY_LEN(list)));
@@ -125,7 +127,12 @@ void check_wide(VALUE string) {
   long const before = live_arrays;
   VALUE ignored = Qnil;
   wchar_t* wide = nullptr;
-  VALUE const raised = protect([&] { wide = RU::value_to_wc_str(string); return Qnil; }, ignored);
+  VALUE const raised = protect(
+      [&] {
+        wide = RU::value_to_wc_str(string);
+        return Qnil;
+      },
+      ignored);
   if (valid(string)) {
     QM_FUZZ_CHECK(raised_as(raised, Qnil) && wide != nullptr);
     QM_FUZZ_CHECK(live_arrays == before + 1);
@@ -144,10 +151,14 @@ void check_wide(VALUE string) {
 void bytes_to_string(qmfuzz::Input& in) {
   std::string bytes;
   std::size_t const length = in.byte();
-  for (std::size_t i = 0; i < length && !in.empty(); ++i) bytes.push_back(static_cast<char>(in.byte()));
+  for (std::size_t i = 0; i < length && !in.empty(); ++i)
+    bytes.push_back(static_cast<char>(in.byte()));
 
   VALUE string = Qnil;
-  QM_FUZZ_CHECK(raised_as(protect([&] { return RU::to_value(bytes.data(), static_cast<unsigned>(bytes.size())); }, string), Qnil));
+  QM_FUZZ_CHECK(raised_as(
+      protect([&] { return RU::to_value(bytes.data(), static_cast<unsigned>(bytes.size())); },
+              string),
+      Qnil));
   QM_FUZZ_CHECK(RB_TYPE_P(string, T_STRING) && is_utf8(string));
   QM_FUZZ_CHECK(static_cast<std::size_t>(RSTRING_LEN(string)) == bytes.size());
   QM_FUZZ_CHECK(std::memcmp(RSTRING_PTR(string), bytes.data(), bytes.size()) == 0);
@@ -160,8 +171,8 @@ void bytes_to_string(qmfuzz::Input& in) {
   QM_FUZZ_CHECK(is_utf8(prefix));
 
   // The same bytes read in another encoding: nothing is transcoded.
-  static char const* const encodings[] = {"ASCII-8BIT", "US-ASCII", "ISO-8859-1", "UTF-16LE",
-                                          "UTF-32BE", "Shift_JIS", "EUC-JP", "GB18030",
+  static char const* const encodings[] = {"ASCII-8BIT",   "US-ASCII",  "ISO-8859-1", "UTF-16LE",
+                                          "UTF-32BE",     "Shift_JIS", "EUC-JP",     "GB18030",
                                           "Windows-1252", "UTF-8"};
   char const* name = encodings[in.byte() % (sizeof encodings / sizeof encodings[0])];
   VALUE other = rb_str_new(bytes.data(), static_cast<long>(bytes.size()));
@@ -181,14 +192,30 @@ void units_to_string(qmfuzz::Input& in) {
     // Mostly scalar values of every UTF-8 length, with surrogates, the edges and any
     // 32-bit unit mixed in.
     switch (kind & 7) {
-      case 0: unit = in.byte() & 0x7f; break;
-      case 1: unit = 0x80 + in.u32() % 0x780; break;
-      case 2: unit = 0x800 + in.u32() % 0xF800; break;
-      case 3: unit = 0x10000 + in.u32() % 0x100000; break;
-      case 4: unit = 0xD800 + in.u32() % 0x800; break;
-      case 5: unit = (kind & 8) ? 0x10FFFF : 0x110000; break;
-      case 6: unit = 0; break;
-      default: unit = in.u32(); break;
+      case 0:
+        unit = in.byte() & 0x7f;
+        break;
+      case 1:
+        unit = 0x80 + in.u32() % 0x780;
+        break;
+      case 2:
+        unit = 0x800 + in.u32() % 0xF800;
+        break;
+      case 3:
+        unit = 0x10000 + in.u32() % 0x100000;
+        break;
+      case 4:
+        unit = 0xD800 + in.u32() % 0x800;
+        break;
+      case 5:
+        unit = (kind & 8) ? 0x10FFFF : 0x110000;
+        break;
+      case 6:
+        unit = 0;
+        break;
+      default:
+        unit = in.u32();
+        break;
     }
     units.push_back(static_cast<wchar_t>(unit));
   }
@@ -227,7 +254,8 @@ void not_a_string(qmfuzz::Input& in) {
   long const before = live_arrays;
   VALUE value = (in.byte() & 1) ? LONG2NUM(static_cast<long>(in.u32())) : rb_ary_new();
   VALUE ignored = Qnil;
-  VALUE const raised = protect([&] { return reinterpret_cast<VALUE>(RU::value_to_wc_str(value)); }, ignored);
+  VALUE const raised =
+      protect([&] { return reinterpret_cast<VALUE>(RU::value_to_wc_str(value)); }, ignored);
   QM_FUZZ_CHECK(raised_as(raised, rb_eTypeError));
   QM_FUZZ_CHECK(live_arrays == before);
   RB_GC_GUARD(value);
@@ -246,9 +274,11 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
   // install its own: SIGALRM is its timeout timer, SIGINT and SIGTERM its interrupt that
   // prints the final statistics, SIGUSR1 and SIGUSR2 its graceful stop. Back to the
   // default, libFuzzer takes them all again.
-  for (int const signal : {SIGALRM, SIGINT, SIGTERM, SIGUSR1, SIGUSR2}) std::signal(signal, SIG_DFL);
+  for (int const signal : {SIGALRM, SIGINT, SIGTERM, SIGUSR1, SIGUSR2})
+    std::signal(signal, SIG_DFL);
   if (qmboot::load_host(QUILLMARK_HOST_RUBY_DIR) == 0 && qmboot::fill_cache() == 0) return 0;
-  std::fprintf(stderr, "strings_fuzz: loading the host stand-in or filling the handle cache failed\n");
+  std::fprintf(stderr,
+               "strings_fuzz: loading the host stand-in or filling the handle cache failed\n");
   std::exit(2);
 }
 
@@ -257,10 +287,16 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   while (!in.empty()) {
     switch (in.byte() % 5) {
       case 0:
-      case 1: bytes_to_string(in); break;
+      case 1:
+        bytes_to_string(in);
+        break;
       case 2:
-      case 3: units_to_string(in); break;
-      default: not_a_string(in); break;
+      case 3:
+        units_to_string(in);
+        break;
+      default:
+        not_a_string(in);
+        break;
     }
   }
   return 0;

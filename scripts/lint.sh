@@ -9,7 +9,7 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 cd "$root"
 "$root/scripts/setup.sh" lint
 
-mapfile -t sources < <(git ls-files '*.cpp' '*.h' | grep -E '^(ext-cpp|bench|fuzz|examples)/')
+mapfile -t sources < <(git ls-files '*.c' '*.cpp' '*.h' '*.m' | grep -E '^(ext-cpp|bench|fuzz|examples)/')
 if [ "${1:-}" = "--fix" ]; then
   clang-format -i "${sources[@]}"
   exit 0

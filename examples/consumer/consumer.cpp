@@ -16,12 +16,12 @@
 
 #include <quillmark/geom/geom_transformation.h>
 #include <quillmark/geom/geom_vector3.h>
-#include <quillmark/utils/parallel_dispatcher.h>
 #include <quillmark/ruby/ruby_attributes.h>
 #include <quillmark/ruby/ruby_entities.h>
 #include <quillmark/ruby/ruby_geometry.h>
 #include <quillmark/ruby/ruby_handles.h>
 #include <quillmark/ruby/ruby_lib.h>
+#include <quillmark/utils/parallel_dispatcher.h>
 
 namespace {
 

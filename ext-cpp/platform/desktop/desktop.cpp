@@ -24,9 +24,8 @@ static_assert(sizeof(KeyMap) == 16, "the key map is 128 bits");
 
 // The platform crashes on a CF object used after its last release; we stop at once with a
 // report instead, so a test sees the fault where it happens.
-#define DESKTOP_ASSERT(expression)                                               \
-  ((expression) ? static_cast<void>(0)                                           \
-                : desktop::fail(#expression, __func__, __FILE__, __LINE__))
+#define DESKTOP_ASSERT(expression) \
+  ((expression) ? static_cast<void>(0) : desktop::fail(#expression, __func__, __FILE__, __LINE__))
 
 // CF strings are immortal constants here: only the window-list keys exist.
 struct __CFString {
@@ -35,8 +34,7 @@ struct __CFString {
 
 namespace desktop {
 
-[[noreturn]] void fail(const char* expression, const char* function, const char* file,
-                       int line) {
+[[noreturn]] void fail(const char* expression, const char* function, const char* file, int line) {
   std::fprintf(stderr, "Assertion failed: %s, function %s, file %s, line %d.\n", expression,
                function, file, line);
   std::fflush(stderr);
@@ -273,8 +271,7 @@ CGEventRef CGEventCreate(CGEventSourceRef /*source*/) {
 CGPoint CGEventGetLocation(CGEventRef event) {
   auto& s = state();
   Lock lock(s.mutex);
-  return static_cast<__CGEvent&>(desktop::live_object(s, event, CFObject::Kind::EVENT))
-      .location;
+  return static_cast<__CGEvent&>(desktop::live_object(s, event, CFObject::Kind::EVENT)).location;
 }
 
 CGError CGWarpMouseCursorPosition(CGPoint newCursorPosition) {
@@ -336,8 +333,8 @@ const void* ns_object_for_keyed_subscript(const void* dictionary, const void* ke
   if (dictionary == nullptr || key == nullptr) return nullptr;
   auto& s = state();
   Lock lock(s.mutex);
-  auto& info = static_cast<__CFDictionary&>(
-      desktop::live_object(s, dictionary, CFObject::Kind::DICTIONARY));
+  auto& info =
+      static_cast<__CFDictionary&>(desktop::live_object(s, dictionary, CFObject::Kind::DICTIONARY));
   // Keys compare by content, as CF strings do, not by address.
   const char* wanted = static_cast<const __CFString*>(key)->text;
   for (size_t i = 0; i < info.keys.size(); ++i)
@@ -349,8 +346,7 @@ long ns_integer_value(const void* number) {
   if (number == nullptr) return 0;
   auto& s = state();
   Lock lock(s.mutex);
-  return static_cast<__CFNumber&>(desktop::live_object(s, number, CFObject::Kind::NUMBER))
-      .value;
+  return static_cast<__CFNumber&>(desktop::live_object(s, number, CFObject::Kind::NUMBER)).value;
 }
 
 // Control

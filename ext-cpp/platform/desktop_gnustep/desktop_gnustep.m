@@ -25,21 +25,20 @@
 #define DESKTOP_ASSERT(expression) \
   ((expression) ? (void)0 : desktop_fail(#expression, __func__, __FILE__, __LINE__))
 
-static void desktop_fail(const char* expression, const char* function, const char* file,
-                         int line) __attribute__((noreturn));
-static void desktop_fail(const char* expression, const char* function, const char* file,
-                         int line) {
-  fprintf(stderr, "Assertion failed: %s, function %s, file %s, line %d.\n", expression,
-          function, file, line);
+static void desktop_fail(const char* expression, const char* function, const char* file, int line)
+    __attribute__((noreturn));
+static void desktop_fail(const char* expression, const char* function, const char* file, int line) {
+  fprintf(stderr, "Assertion failed: %s, function %s, file %s, line %d.\n", expression, function,
+          file, line);
   fflush(stderr);
   abort();
 }
 
 /* Constant strings are static data: nothing runs to make them. */
-const CFStringRef kCGWindowOwnerPID = (CFStringRef)@"kCGWindowOwnerPID";
-const CFStringRef kCGWindowNumber = (CFStringRef)@"kCGWindowNumber";
-const CFStringRef kCGWindowLayer = (CFStringRef)@"kCGWindowLayer";
-const CFStringRef kCGWindowName = (CFStringRef)@"kCGWindowName";
+const CFStringRef kCGWindowOwnerPID = (CFStringRef) @"kCGWindowOwnerPID";
+const CFStringRef kCGWindowNumber = (CFStringRef) @"kCGWindowNumber";
+const CFStringRef kCGWindowLayer = (CFStringRef) @"kCGWindowLayer";
+const CFStringRef kCGWindowName = (CFStringRef) @"kCGWindowName";
 
 /* ---- Counted Foundation objects ------------------------------------------------------ */
 
@@ -75,8 +74,8 @@ static void counted_died(void) { __atomic_sub_fetch(&live_objects, 1, __ATOMIC_S
 }
 - (id)objectAtIndex:(NSUInteger)index {
   if (index >= item_count)
-    [NSException raise:NSRangeException format:@"index %lu of %lu", (unsigned long)index,
-                                                (unsigned long)item_count];
+    [NSException raise:NSRangeException
+                format:@"index %lu of %lu", (unsigned long)index, (unsigned long)item_count];
   return items[index];
 }
 - (void)dealloc {
@@ -98,8 +97,7 @@ static void counted_died(void) { __atomic_sub_fetch(&live_objects, 1, __ATOMIC_S
 @end
 
 @implementation QMWindowInfo
-- (id)initWithObjects:(const id[])objects forKeys:(const id[])keyObjects
-                count:(NSUInteger)count {
+- (id)initWithObjects:(const id[])objects forKeys:(const id[])keyObjects count:(NSUInteger)count {
   DESKTOP_ASSERT(count <= 4);
   for (NSUInteger i = 0; i < count; ++i) {
     keys[i] = [keyObjects[i] copy];
@@ -172,7 +170,7 @@ static void counted_died(void) { __atomic_sub_fetch(&live_objects, 1, __ATOMIC_S
 
 /* A mouse event: only its location is read. */
 @interface QMCursorEvent : NSObject {
-@public
+ @public
   CGPoint location;
 }
 @end
@@ -421,18 +419,18 @@ int desktop_gnustep_start(void) {
   if (turn_pool == nil) turn_pool = [[NSAutoreleasePool alloc] init];
   /* GNUstep draws its own title bars when no window manager runs (as on Xvfb), and shows
      no application icon window: the list then holds the windows the caller opens. */
-  NSDictionary* defaults = [NSDictionary
-      dictionaryWithObjectsAndKeys:@"NO", @"GSX11HandlesWindowDecorations", @"YES",
-                                   @"GSSuppressAppIcon", nil];
+  NSDictionary* defaults =
+      [NSDictionary dictionaryWithObjectsAndKeys:@"NO", @"GSX11HandlesWindowDecorations", @"YES",
+                                                 @"GSSuppressAppIcon", nil];
   [[NSUserDefaults standardUserDefaults] registerDefaults:defaults];
   int started = 0;
   NS_DURING
-    [NSApplication sharedApplication];
-    [NSApp finishLaunching];
-    opened_windows = [[NSMutableArray alloc] init];
-    started = 1;
+  [NSApplication sharedApplication];
+  [NSApp finishLaunching];
+  opened_windows = [[NSMutableArray alloc] init];
+  started = 1;
   NS_HANDLER
-    fprintf(stderr, "desktop: no application: %s\n", [[localException reason] UTF8String]);
+  fprintf(stderr, "desktop: no application: %s\n", [[localException reason] UTF8String]);
   NS_ENDHANDLER
   return started;
 }
@@ -441,13 +439,12 @@ static NSWindow* window_numbered(long number) {
   return number > 0 ? [NSApp windowWithWindowNumber:(NSInteger)number] : nil;
 }
 
-long desktop_gnustep_open_window(const char* title, double x, double y, double width,
-                                 double height, long level, int flags) {
+long desktop_gnustep_open_window(const char* title, double x, double y, double width, double height,
+                                 long level, int flags) {
   if (NSApp == nil || title == NULL) return 0;
   Class const kind = (flags & DESKTOP_GNUSTEP_PANEL) ? [NSPanel class] : [NSWindow class];
-  NSUInteger const style =
-      NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask |
-      ((flags & DESKTOP_GNUSTEP_PANEL) ? 0 : NSResizableWindowMask);
+  NSUInteger const style = NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask |
+                           ((flags & DESKTOP_GNUSTEP_PANEL) ? 0 : NSResizableWindowMask);
   NSWindow* window = [[kind alloc] initWithContentRect:NSMakeRect(x, y, width, height)
                                              styleMask:style
                                                backing:NSBackingStoreBuffered
@@ -457,8 +454,7 @@ long desktop_gnustep_open_window(const char* title, double x, double y, double w
   if (flags & DESKTOP_GNUSTEP_PANEL) [(NSPanel*)window setHidesOnDeactivate:NO];
   if (flags & DESKTOP_GNUSTEP_TOOLBAR) {
     /* Toolbars with one identifier share their configuration: one identifier per window. */
-    NSString* identifier =
-        [NSString stringWithFormat:@"toolbar-%ld", (long)[window windowNumber]];
+    NSString* identifier = [NSString stringWithFormat:@"toolbar-%ld", (long)[window windowNumber]];
     NSToolbar* toolbar = [[NSToolbar alloc] initWithIdentifier:identifier];
     [window setToolbar:toolbar];
     [toolbar release];

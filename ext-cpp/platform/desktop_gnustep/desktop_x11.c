@@ -1,8 +1,8 @@
 #include "desktop_x11.h"
 
 #include <X11/Xlib.h>
-#include <X11/extensions/Xfixes.h>
 #include <X11/Xutil.h>
+#include <X11/extensions/Xfixes.h>
 #include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -13,8 +13,8 @@
 // windows are the root's own children.
 enum { FRAME_DEPTH = 2 };
 
-static int find_window(Display* display, Window candidate, const unsigned long* windows,
-                       int count, const char* taken, int depth) {
+static int find_window(Display* display, Window candidate, const unsigned long* windows, int count,
+                       const char* taken, int depth) {
   for (int k = 0; k < count; ++k)
     if (!taken[k] && windows[k] == candidate) return k;
   if (depth == 0) return -1;
@@ -30,8 +30,7 @@ static int find_window(Display* display, Window candidate, const unsigned long* 
 
 static int is_viewable(Display* display, Window window) {
   XWindowAttributes attributes;
-  return XGetWindowAttributes(display, window, &attributes) &&
-         attributes.map_state == IsViewable;
+  return XGetWindowAttributes(display, window, &attributes) && attributes.map_state == IsViewable;
 }
 
 int x11_order_front_to_back(void* display_handle, unsigned long* windows, int count) {
@@ -40,8 +39,7 @@ int x11_order_front_to_back(void* display_handle, unsigned long* windows, int co
   if (count == 0) return 0;
   Window root = 0, parent = 0, *children = NULL;
   unsigned int n = 0;
-  if (!XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &n))
-    return -1;
+  if (!XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &n)) return -1;
   unsigned long* ordered = malloc((size_t)count * sizeof *ordered);
   char* taken = calloc((size_t)count, 1);
   if (ordered == NULL || taken == NULL) {
@@ -81,8 +79,8 @@ static Display* cursor_connection(void) {
     cursor_display_tried = 1;
     cursor_display = XOpenDisplay(NULL);
     int event_base = 0, error_base = 0;
-    has_xfixes = cursor_display != NULL &&
-                 XFixesQueryExtension(cursor_display, &event_base, &error_base);
+    has_xfixes =
+        cursor_display != NULL && XFixesQueryExtension(cursor_display, &event_base, &error_base);
   }
   return cursor_display;
 }

@@ -16,7 +16,7 @@ struct Site {
   size_t fail_at;  // the call number that fails; 0 with armed set means every call
   SUResult code;
   bool armed;
-  size_t size;     // the size reported instead of the true one, when size_pending is set
+  size_t size;  // the size reported instead of the true one, when size_pending is set
   size_t size_at;  // the call number that reports it; 0 means every call
   bool size_pending;
 };
@@ -53,7 +53,8 @@ SUResult enter(Fn function) {
 
 SUResult report_size(Fn function, SUResult result, size_t* size) {
   Site& site = sites[static_cast<unsigned>(function)];
-  if (result == SU_ERROR_NONE && site.size_pending && (site.size_at == 0 || site.size_at == site.calls)) {
+  if (result == SU_ERROR_NONE && site.size_pending &&
+      (site.size_at == 0 || site.size_at == site.calls)) {
     *size = site.size;
   }
   return result;

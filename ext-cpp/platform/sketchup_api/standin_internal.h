@@ -15,7 +15,16 @@
 
 namespace standin {
 
-enum class Kind : uint32_t { Model, Entities, Group, Instance, Definition, Dictionary, TypedValue, String };
+enum class Kind : uint32_t {
+  Model,
+  Entities,
+  Group,
+  Instance,
+  Definition,
+  Dictionary,
+  TypedValue,
+  String
+};
 
 // Written into every live object and cleared when it is destroyed.
 inline constexpr uint32_t kLiveTag = 0x5155494cu;
@@ -82,7 +91,9 @@ struct Entities : Object {
 
 struct Entity : Object {
   Entity(Kind k, Model* m, int32_t entity_id) : Object(k), model(m), id(entity_id) {}
-  static bool accepts(Kind k) { return k == Kind::Group || k == Kind::Instance || k == Kind::Definition; }
+  static bool accepts(Kind k) {
+    return k == Kind::Group || k == Kind::Instance || k == Kind::Definition;
+  }
   Model* model;
   int32_t id;
   std::vector<std::unique_ptr<Dictionary>> dictionaries;
@@ -99,7 +110,8 @@ struct Definition : Entity {
 
 // A group and a component instance differ only in kind: both place a definition.
 struct Placement : Entity {
-  Placement(Kind k, Model* m, int32_t entity_id, Definition* d) : Entity(k, m, entity_id), definition(d) {}
+  Placement(Kind k, Model* m, int32_t entity_id, Definition* d)
+      : Entity(k, m, entity_id), definition(d) {}
   Definition* definition;
   SUTransformation transform = {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
 };
@@ -110,7 +122,8 @@ struct Group : Placement {
 };
 
 struct Instance : Placement {
-  Instance(Model* m, int32_t entity_id, Definition* d) : Placement(Kind::Instance, m, entity_id, d) {}
+  Instance(Model* m, int32_t entity_id, Definition* d)
+      : Placement(Kind::Instance, m, entity_id, d) {}
   static bool accepts(Kind k) { return k == Kind::Instance; }
 };
 
@@ -140,25 +153,34 @@ Ref make_ref(T* object) {
 }
 
 // Every SDK function, for call counting and fault injection.
-#define STANDIN_FUNCTIONS(X)                                                                     \
-  X(SUStringCreate) X(SUStringCreateFromUTF8) X(SUStringRelease) X(SUStringSetUTF8)             \
-  X(SUStringGetUTF8Length) X(SUStringGetUTF8) X(SUModelFromExisting) X(SUModelGetEntities)      \
-  X(SUModelGetNumGroupDefinitions) X(SUModelGetGroupDefinitions)                                \
-  X(SUModelGetNumComponentDefinitions) X(SUModelGetComponentDefinitions)                        \
-  X(SUEntitiesGetNumGroups) X(SUEntitiesGetGroups) X(SUEntitiesGetNumInstances)                 \
-  X(SUEntitiesGetInstances) X(SUEntityGetID) X(SUEntityGetNumAttributeDictionaries)             \
-  X(SUEntityGetAttributeDictionaries) X(SUGroupToEntity) X(SUGroupGetDefinition)                \
-  X(SUGroupGetTransform) X(SUComponentInstanceToEntity) X(SUComponentInstanceGetDefinition)     \
-  X(SUComponentInstanceGetTransform) X(SUComponentDefinitionToEntity)                           \
-  X(SUComponentDefinitionGetEntities) X(SUAttributeDictionaryGetName)                           \
-  X(SUAttributeDictionaryGetValue) X(SUTypedValueCreate) X(SUTypedValueRelease)                 \
-  X(SUTypedValueGetType) X(SUTypedValueGetByte) X(SUTypedValueSetByte) X(SUTypedValueGetInt16)  \
-  X(SUTypedValueSetInt16) X(SUTypedValueGetInt32) X(SUTypedValueSetInt32) X(SUTypedValueGetFloat) \
-  X(SUTypedValueSetFloat) X(SUTypedValueGetDouble) X(SUTypedValueSetDouble)                     \
-  X(SUTypedValueGetBool) X(SUTypedValueSetBool) X(SUTypedValueGetColor) X(SUTypedValueSetColor) \
-  X(SUTypedValueGetTime) X(SUTypedValueSetTime) X(SUTypedValueGetString)                        \
-  X(SUTypedValueSetString) X(SUTypedValueGetVector3d) X(SUTypedValueSetVector3d)               \
-  X(SUTypedValueGetNumArrayItems) X(SUTypedValueGetArrayItems) X(SUTypedValueSetArrayItems)
+#define STANDIN_FUNCTIONS(X)                                                                       \
+  X(SUStringCreate)                                                                                \
+  X(SUStringCreateFromUTF8) X(SUStringRelease) X(SUStringSetUTF8) X(SUStringGetUTF8Length)         \
+      X(SUStringGetUTF8) X(SUModelFromExisting) X(SUModelGetEntities) X(                           \
+          SUModelGetNumGroupDefinitions) X(SUModelGetGroupDefinitions)                             \
+          X(SUModelGetNumComponentDefinitions) X(SUModelGetComponentDefinitions) X(                \
+              SUEntitiesGetNumGroups) X(SUEntitiesGetGroups) X(SUEntitiesGetNumInstances)          \
+              X(SUEntitiesGetInstances) X(SUEntityGetID) X(SUEntityGetNumAttributeDictionaries) X( \
+                  SUEntityGetAttributeDictionaries) X(SUGroupToEntity) X(SUGroupGetDefinition)     \
+                  X(SUGroupGetTransform) X(SUComponentInstanceToEntity) X(                         \
+                      SUComponentInstanceGetDefinition) X(SUComponentInstanceGetTransform)         \
+                      X(SUComponentDefinitionToEntity) X(SUComponentDefinitionGetEntities) X(      \
+                          SUAttributeDictionaryGetName) X(SUAttributeDictionaryGetValue)           \
+                          X(SUTypedValueCreate) X(SUTypedValueRelease) X(SUTypedValueGetType) X(   \
+                              SUTypedValueGetByte) X(SUTypedValueSetByte) X(SUTypedValueGetInt16)  \
+                              X(SUTypedValueSetInt16) X(SUTypedValueGetInt32)                      \
+                                  X(SUTypedValueSetInt32) X(SUTypedValueGetFloat)                  \
+                                      X(SUTypedValueSetFloat) X(SUTypedValueGetDouble)             \
+                                          X(SUTypedValueSetDouble) X(SUTypedValueGetBool)          \
+                                              X(SUTypedValueSetBool) X(SUTypedValueGetColor) X(    \
+                                                  SUTypedValueSetColor) X(SUTypedValueGetTime)     \
+                                                  X(SUTypedValueSetTime) X(SUTypedValueGetString)  \
+                                                      X(SUTypedValueSetString)                     \
+                                                          X(SUTypedValueGetVector3d)               \
+                                                              X(SUTypedValueSetVector3d) X(        \
+                                                                  SUTypedValueGetNumArrayItems)    \
+                                                                  X(SUTypedValueGetArrayItems)     \
+                                                                      X(SUTypedValueSetArrayItems)
 
 enum class Fn : unsigned {
 #define STANDIN_ENUM(name) name,
@@ -179,10 +201,10 @@ extern size_t live_typed_values;
 }  // namespace standin
 
 // First statement of every SDK function that returns SUResult.
-#define STANDIN_ENTER(name)                                                  \
-  do {                                                                       \
-    const SUResult injected_ = ::standin::enter(::standin::Fn::name);        \
-    if (injected_ != SU_ERROR_NONE) return injected_;                        \
+#define STANDIN_ENTER(name)                                           \
+  do {                                                                \
+    const SUResult injected_ = ::standin::enter(::standin::Fn::name); \
+    if (injected_ != SU_ERROR_NONE) return injected_;                 \
   } while (0)
 
 #endif

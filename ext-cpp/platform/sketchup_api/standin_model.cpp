@@ -82,8 +82,8 @@ using standin::Entity;
 using standin::Fn;
 using standin::Group;
 using standin::Instance;
-using standin::Model;
 using standin::make_ref;
+using standin::Model;
 using standin::resolve;
 
 extern "C" {
@@ -106,43 +106,51 @@ SUResult SUModelGetEntities(SUModelRef model, SUEntitiesRef* entities) {
 
 SUResult SUModelGetNumGroupDefinitions(SUModelRef model, size_t* count) {
   STANDIN_ENTER(SUModelGetNumGroupDefinitions);
-  return standin::report_size(standin::Fn::SUModelGetNumGroupDefinitions, standin::count_member(model.ptr, &Model::group_definitions, count), count);
+  return standin::report_size(standin::Fn::SUModelGetNumGroupDefinitions,
+                              standin::count_member(model.ptr, &Model::group_definitions, count),
+                              count);
 }
 
-SUResult SUModelGetGroupDefinitions(SUModelRef model, size_t len, SUComponentDefinitionRef definitions[],
-                                    size_t* count) {
+SUResult SUModelGetGroupDefinitions(SUModelRef model, size_t len,
+                                    SUComponentDefinitionRef definitions[], size_t* count) {
   STANDIN_ENTER(SUModelGetGroupDefinitions);
   return standin::list_member(model.ptr, &Model::group_definitions, len, definitions, count);
 }
 
 SUResult SUModelGetNumComponentDefinitions(SUModelRef model, size_t* count) {
   STANDIN_ENTER(SUModelGetNumComponentDefinitions);
-  return standin::report_size(standin::Fn::SUModelGetNumComponentDefinitions, standin::count_member(model.ptr, &Model::component_definitions, count), count);
+  return standin::report_size(
+      standin::Fn::SUModelGetNumComponentDefinitions,
+      standin::count_member(model.ptr, &Model::component_definitions, count), count);
 }
 
-SUResult SUModelGetComponentDefinitions(SUModelRef model, size_t len, SUComponentDefinitionRef definitions[],
-                                        size_t* count) {
+SUResult SUModelGetComponentDefinitions(SUModelRef model, size_t len,
+                                        SUComponentDefinitionRef definitions[], size_t* count) {
   STANDIN_ENTER(SUModelGetComponentDefinitions);
   return standin::list_member(model.ptr, &Model::component_definitions, len, definitions, count);
 }
 
 SUResult SUEntitiesGetNumGroups(SUEntitiesRef entities, size_t* count) {
   STANDIN_ENTER(SUEntitiesGetNumGroups);
-  return standin::report_size(standin::Fn::SUEntitiesGetNumGroups, standin::count_member(entities.ptr, &Entities::groups, count), count);
+  return standin::report_size(standin::Fn::SUEntitiesGetNumGroups,
+                              standin::count_member(entities.ptr, &Entities::groups, count), count);
 }
 
-SUResult SUEntitiesGetGroups(SUEntitiesRef entities, size_t len, SUGroupRef groups[], size_t* count) {
+SUResult SUEntitiesGetGroups(SUEntitiesRef entities, size_t len, SUGroupRef groups[],
+                             size_t* count) {
   STANDIN_ENTER(SUEntitiesGetGroups);
   return standin::list_member(entities.ptr, &Entities::groups, len, groups, count);
 }
 
 SUResult SUEntitiesGetNumInstances(SUEntitiesRef entities, size_t* count) {
   STANDIN_ENTER(SUEntitiesGetNumInstances);
-  return standin::report_size(standin::Fn::SUEntitiesGetNumInstances, standin::count_member(entities.ptr, &Entities::instances, count), count);
+  return standin::report_size(standin::Fn::SUEntitiesGetNumInstances,
+                              standin::count_member(entities.ptr, &Entities::instances, count),
+                              count);
 }
 
-SUResult SUEntitiesGetInstances(SUEntitiesRef entities, size_t len, SUComponentInstanceRef instances[],
-                                size_t* count) {
+SUResult SUEntitiesGetInstances(SUEntitiesRef entities, size_t len,
+                                SUComponentInstanceRef instances[], size_t* count) {
   STANDIN_ENTER(SUEntitiesGetInstances);
   return standin::list_member(entities.ptr, &Entities::instances, len, instances, count);
 }
@@ -158,7 +166,9 @@ SUResult SUEntityGetID(SUEntityRef entity, int32_t* entity_id) {
 
 SUResult SUEntityGetNumAttributeDictionaries(SUEntityRef entity, size_t* count) {
   STANDIN_ENTER(SUEntityGetNumAttributeDictionaries);
-  return standin::report_size(standin::Fn::SUEntityGetNumAttributeDictionaries, standin::count_member(entity.ptr, &Entity::dictionaries, count), count);
+  return standin::report_size(standin::Fn::SUEntityGetNumAttributeDictionaries,
+                              standin::count_member(entity.ptr, &Entity::dictionaries, count),
+                              count);
 }
 
 SUResult SUEntityGetAttributeDictionaries(SUEntityRef entity, size_t len,
@@ -191,7 +201,8 @@ SUResult SUComponentInstanceGetDefinition(SUComponentInstanceRef instance,
   return standin::definition_of<Instance>(instance.ptr, definition);
 }
 
-SUResult SUComponentInstanceGetTransform(SUComponentInstanceRef instance, SUTransformation* transform) {
+SUResult SUComponentInstanceGetTransform(SUComponentInstanceRef instance,
+                                         SUTransformation* transform) {
   STANDIN_ENTER(SUComponentInstanceGetTransform);
   return standin::transform_of<Instance>(instance.ptr, transform);
 }
@@ -200,7 +211,8 @@ SUEntityRef SUComponentDefinitionToEntity(SUComponentDefinitionRef comp_def) {
   return standin::to_entity<Definition>(comp_def.ptr, Fn::SUComponentDefinitionToEntity);
 }
 
-SUResult SUComponentDefinitionGetEntities(SUComponentDefinitionRef comp_def, SUEntitiesRef* entities) {
+SUResult SUComponentDefinitionGetEntities(SUComponentDefinitionRef comp_def,
+                                          SUEntitiesRef* entities) {
   STANDIN_ENTER(SUComponentDefinitionGetEntities);
   Definition* object = resolve<Definition>(comp_def.ptr);
   if (object == nullptr) return SU_ERROR_INVALID_INPUT;
@@ -267,15 +279,17 @@ SUGroupRef su_standin_add_group(SUEntitiesRef entities) {
   Entities* parent = resolve<Entities>(entities.ptr);
   if (parent == nullptr) return ref;
   Model* model = parent->model;
-  model->group_definitions.push_back(std::make_unique<Definition>(model, model->next_id++, true, "Group"));
-  model->placements.push_back(std::make_unique<Group>(model, model->next_id++,
-                                                      model->group_definitions.back().get()));
+  model->group_definitions.push_back(
+      std::make_unique<Definition>(model, model->next_id++, true, "Group"));
+  model->placements.push_back(
+      std::make_unique<Group>(model, model->next_id++, model->group_definitions.back().get()));
   auto* group = static_cast<Group*>(model->placements.back().get());
   parent->groups.push_back(group);
   return make_ref<SUGroupRef>(group);
 }
 
-SUComponentInstanceRef su_standin_add_instance(SUEntitiesRef entities, SUComponentDefinitionRef definition) {
+SUComponentInstanceRef su_standin_add_instance(SUEntitiesRef entities,
+                                               SUComponentDefinitionRef definition) {
   SUComponentInstanceRef ref = SU_INVALID;
   Entities* parent = resolve<Entities>(entities.ptr);
   Definition* placed = resolve<Definition>(definition.ptr);

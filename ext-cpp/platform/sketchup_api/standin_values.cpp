@@ -170,14 +170,15 @@ SUResult SUTypedValueGetType(SUTypedValueRef typed_value, SUTypedValueType* type
   return SU_ERROR_NONE;
 }
 
-#define STANDIN_SCALAR(Name, Type, tag, member)                                                    \
-  SUResult SUTypedValueGet##Name(SUTypedValueRef typed_value, Type* out) {                         \
-    STANDIN_ENTER(SUTypedValueGet##Name);                                                          \
-    return standin::get_scalar(typed_value, out, tag, [](const TypedValue& v) { return v.member; }); \
-  }                                                                                                \
-  SUResult SUTypedValueSet##Name(SUTypedValueRef typed_value, Type in) {                           \
-    STANDIN_ENTER(SUTypedValueSet##Name);                                                          \
-    return standin::set_scalar(typed_value, tag, [in](TypedValue& v) { v.member = in; });          \
+#define STANDIN_SCALAR(Name, Type, tag, member)                                           \
+  SUResult SUTypedValueGet##Name(SUTypedValueRef typed_value, Type* out) {                \
+    STANDIN_ENTER(SUTypedValueGet##Name);                                                 \
+    return standin::get_scalar(typed_value, out, tag,                                     \
+                               [](const TypedValue& v) { return v.member; });             \
+  }                                                                                       \
+  SUResult SUTypedValueSet##Name(SUTypedValueRef typed_value, Type in) {                  \
+    STANDIN_ENTER(SUTypedValueSet##Name);                                                 \
+    return standin::set_scalar(typed_value, tag, [in](TypedValue& v) { v.member = in; }); \
   }
 
 STANDIN_SCALAR(Byte, char, SUTypedValueType_Byte, byte_value)
@@ -235,9 +236,10 @@ SUResult SUTypedValueGetVector3d(SUTypedValueRef typed_value, double vector3d_va
 SUResult SUTypedValueSetVector3d(SUTypedValueRef typed_value, const double vector3d_value[3]) {
   STANDIN_ENTER(SUTypedValueSetVector3d);
   if (vector3d_value == nullptr) return SU_ERROR_NULL_POINTER_INPUT;
-  return standin::set_scalar(typed_value, SUTypedValueType_Vector3D, [vector3d_value](TypedValue& v) {
-    std::memcpy(v.vector_value, vector3d_value, sizeof v.vector_value);
-  });
+  return standin::set_scalar(typed_value, SUTypedValueType_Vector3D,
+                             [vector3d_value](TypedValue& v) {
+                               std::memcpy(v.vector_value, vector3d_value, sizeof v.vector_value);
+                             });
 }
 
 SUResult SUTypedValueGetNumArrayItems(SUTypedValueRef typed_value, size_t* count) {
@@ -246,20 +248,22 @@ SUResult SUTypedValueGetNumArrayItems(SUTypedValueRef typed_value, size_t* count
                              [](const TypedValue& v) { return v.items.size(); });
 }
 
-SUResult SUTypedValueGetArrayItems(SUTypedValueRef typed_value, size_t len, SUTypedValueRef values[],
-                                   size_t* count) {
+SUResult SUTypedValueGetArrayItems(SUTypedValueRef typed_value, size_t len,
+                                   SUTypedValueRef values[], size_t* count) {
   STANDIN_ENTER(SUTypedValueGetArrayItems);
   const TypedValue* value = resolve<TypedValue>(typed_value.ptr);
   if (value == nullptr) return SU_ERROR_INVALID_INPUT;
   if (values == nullptr || count == nullptr) return SU_ERROR_NULL_POINTER_OUTPUT;
   if (value->type != SUTypedValueType_Array) return SU_ERROR_NO_DATA;
   const size_t filled = std::min(len, value->items.size());
-  for (size_t i = 0; i < filled; ++i) values[i] = standin::make_ref<SUTypedValueRef>(value->items[i].get());
+  for (size_t i = 0; i < filled; ++i)
+    values[i] = standin::make_ref<SUTypedValueRef>(value->items[i].get());
   *count = filled;
   return SU_ERROR_NONE;
 }
 
-SUResult SUTypedValueSetArrayItems(SUTypedValueRef typed_value, size_t len, SUTypedValueRef values[]) {
+SUResult SUTypedValueSetArrayItems(SUTypedValueRef typed_value, size_t len,
+                                   SUTypedValueRef values[]) {
   STANDIN_ENTER(SUTypedValueSetArrayItems);
   TypedValue* value = resolve<TypedValue>(typed_value.ptr);
   if (value == nullptr) return SU_ERROR_INVALID_INPUT;

@@ -15,22 +15,14 @@ void* ns_app_window_with_window_number(long n) {
   return (void*)[NSApp windowWithWindowNumber:(NSInteger)n];
 }
 
-void* ns_window_toolbar(void* window) {
-  return (void*)[(NSWindow*)window toolbar];
-}
+void* ns_window_toolbar(void* window) { return (void*)[(NSWindow*)window toolbar]; }
 
-long ns_window_level(void* window) {
-  return (long)[(NSWindow*)window level];
-}
+long ns_window_level(void* window) { return (long)[(NSWindow*)window level]; }
 
-void ns_window_make_key_window(void* window) {
-  [(NSWindow*)window makeKeyWindow];
-}
+void ns_window_make_key_window(void* window) { [(NSWindow*)window makeKeyWindow]; }
 
 const void* ns_object_for_keyed_subscript(const void* dictionary, const void* key) {
   return (const void*)[(NSDictionary*)dictionary objectForKeyedSubscript:(id)key];
 }
 
-long ns_integer_value(const void* number) {
-  return (long)[(NSNumber*)number integerValue];
-}
+long ns_integer_value(const void* number) { return (long)[(NSNumber*)number integerValue]; }

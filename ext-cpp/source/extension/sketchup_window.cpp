@@ -45,7 +45,8 @@ VALUE rbf_activate_main_window(VALUE /*self*/) {
 }
 
 void init_ruby(VALUE module) {
-  rb_define_module_function(module, "focus_on_sketchup_window", QM_METHOD_FUNC(rbf_activate_main_window), 0);
+  rb_define_module_function(module, "focus_on_sketchup_window",
+                            QM_METHOD_FUNC(rbf_activate_main_window), 0);
 }
 
 }  // namespace Sketchup

@@ -18,7 +18,8 @@ TEST_F(DesktopTest, ReleasingTheLastReferenceFreesAnObjectAndEverythingItHolds) 
   add_own(2, 0, MAIN_WINDOW);
   long const before = desktop_live_cf_objects();
   CFArrayRef list = CGWindowListCopyWindowInfo(kCGWindowListOptionAll, kCGNullWindowID);
-  EXPECT_GE(desktop_live_cf_objects(), before + 3);  // the list, its two dictionaries, their numbers
+  EXPECT_GE(desktop_live_cf_objects(),
+            before + 3);  // the list, its two dictionaries, their numbers
   CFRelease(list);
   EXPECT_EQ(desktop_live_cf_objects(), before);
   CGEventRef event = CGEventCreate(nullptr);
@@ -36,9 +37,11 @@ TEST_F(DesktopTest, ConcurrentCallersLeaveTheStateConsistent) {
     threads.emplace_back([] {
       for (int i = 0; i < ROUNDS; ++i) {
         CGDisplayHideCursor(0);
-        CFArrayRef list = CGWindowListCopyWindowInfo(kCGWindowListOptionOnScreenOnly, kCGNullWindowID);
+        CFArrayRef list =
+            CGWindowListCopyWindowInfo(kCGWindowListOptionOnScreenOnly, kCGNullWindowID);
         for (CFIndex k = 0; k < CFArrayGetCount(list); ++k)
-          ns_integer_value(ns_object_for_keyed_subscript(CFArrayGetValueAtIndex(list, k), kCGWindowOwnerPID));
+          ns_integer_value(
+              ns_object_for_keyed_subscript(CFArrayGetValueAtIndex(list, k), kCGWindowOwnerPID));
         CFRelease(list);
         CGDisplayShowCursor(0);
       }

@@ -26,13 +26,15 @@ TEST_F(InputHelpersTest, EachKeyCodeReadsItsOwnBitOfTheMap) {
       std::memset(bytes, alone ? 0x00 : 0xFF, sizeof bytes);
       bytes[c.byte] = static_cast<unsigned char>(bytes[c.byte] ^ c.bit);
       desktop_set_key_map(bytes);
-      for (int32_t code = 0; code < 128; ++code) EXPECT_EQ(test_for_key_down(code), (code == c.code) == alone) << code;
+      for (int32_t code = 0; code < 128; ++code)
+        EXPECT_EQ(test_for_key_down(code), (code == c.code) == alone) << code;
     }
   }
   // Codes outside the map are never down, even with every key down.
   std::memset(bytes, 0xFF, sizeof bytes);
   desktop_set_key_map(bytes);
-  for (int32_t code : {-1, -8, 128, 135, INT32_MIN, INT32_MAX}) EXPECT_FALSE(test_for_key_down(code)) << code;
+  for (int32_t code : {-1, -8, 128, 135, INT32_MIN, INT32_MAX})
+    EXPECT_FALSE(test_for_key_down(code)) << code;
 }
 
 TEST_F(InputHelpersTest, ShowCursorCallsUntilTheCountedStateFlips) {
@@ -43,10 +45,10 @@ TEST_F(InputHelpersTest, ShowCursorCallsUntilTheCountedStateFlips) {
     bool show, answer;
     long show_calls, hide_calls, queries;
   } cases[] = {
-      {0, true, true, 0, 0, 1},   // already visible: nothing to do
-      {3, false, false, 0, 0, 1}, // already hidden
-      {0, false, false, 0, 1, 3}, // one hide hides
-      {2, true, true, 2, 0, 4},   // two hides take two shows
+      {0, true, true, 0, 0, 1},  // already visible: nothing to do
+      {3, false, false, 0, 0, 1},  // already hidden
+      {0, false, false, 0, 1, 3},  // one hide hides
+      {2, true, true, 2, 0, 4},  // two hides take two shows
       {SHOW_CURSOR_MAX_CALLS, true, true, SHOW_CURSOR_MAX_CALLS, 0, SHOW_CURSOR_MAX_CALLS + 2},
       // Deeper than the bound: give up and say it is still hidden.
       {SHOW_CURSOR_MAX_CALLS + 5, true, false, SHOW_CURSOR_MAX_CALLS, 0, SHOW_CURSOR_MAX_CALLS + 2},
@@ -68,9 +70,12 @@ TEST_F(InputHelpersTest, CursorPositionIsTruncatedTowardZero) {
     double x, y;
     int32_t expected_x, expected_y;
   } cases[] = {
-      {10.9, -3.7, 10, -3}, {-0.5, 0.999, 0, 0}, {-7.999, 2147483646.9, -7, 2147483646},
+      {10.9, -3.7, 10, -3},
+      {-0.5, 0.999, 0, 0},
+      {-7.999, 2147483646.9, -7, 2147483646},
       // Out of the int32_t range or not a number: pinned rather than undefined.
-      {1e12, -1e12, INT32_MAX, INT32_MIN}, {std::nan(""), 2147483647.5, 0, INT32_MAX},
+      {1e12, -1e12, INT32_MAX, INT32_MIN},
+      {std::nan(""), 2147483647.5, 0, INT32_MAX},
       {-2147483648.5, -2147483647.5, INT32_MIN, -2147483647},
   };
   for (const auto& c : cases) {

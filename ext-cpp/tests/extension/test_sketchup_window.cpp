@@ -40,10 +40,9 @@ TEST_F(WindowActivationTest, RandomDesktopsMakeTheFirstQualifyingWindowKey) {
       int const flags = static_cast<int>(random() % 16);
       long const level = levels[random() % 6];
       ASSERT_EQ(desktop_add_window(own ? getpid() : getpid() + 1, number, level, flags), 1);
-      bool const qualifies = own && (flags & DESKTOP_WINDOW_ON_SCREEN) &&
-                             !(flags & DESKTOP_WINDOW_DESKTOP_ELEMENT) &&
-                             (flags & DESKTOP_WINDOW_KNOWN_TO_APP) &&
-                             (flags & DESKTOP_WINDOW_TOOLBAR) && level == 0;
+      bool const qualifies =
+          own && (flags & DESKTOP_WINDOW_ON_SCREEN) && !(flags & DESKTOP_WINDOW_DESKTOP_ELEMENT) &&
+          (flags & DESKTOP_WINDOW_KNOWN_TO_APP) && (flags & DESKTOP_WINDOW_TOOLBAR) && level == 0;
       if (qualifies && expected == 0) expected = number;
     }
     SCOPED_TRACE(round);

@@ -19,9 +19,7 @@ constexpr double kPi = 3.14159265358979323846;
 
 /// The next double above / below v: probes either side of a tolerance line.
 inline double up(double v) { return std::nextafter(v, std::numeric_limits<double>::infinity()); }
-inline double down(double v) {
-  return std::nextafter(v, -std::numeric_limits<double>::infinity());
-}
+inline double down(double v) { return std::nextafter(v, -std::numeric_limits<double>::infinity()); }
 
 inline void expect_near(Geom::Vector3 const& a, Geom::Vector3 const& b, double tol = 1e-12) {
   EXPECT_NEAR(a.x, b.x, tol);
@@ -44,10 +42,12 @@ inline void expect_same(Geom::Vector3 const& a, Geom::Vector3 const& b) {
 /// Seeded draws for the property tests: d() is uniform over the range given at construction,
 /// d(lo, hi) over another; vectors take their components in order.
 class Draw {
-public:
+ public:
   Draw(unsigned long seed, double lo, double hi) : rng_(seed), lo_(lo), hi_(hi) {}
   double operator()() { return (*this)(lo_, hi_); }
-  double operator()(double lo, double hi) { return std::uniform_real_distribution<double>(lo, hi)(rng_); }
+  double operator()(double lo, double hi) {
+    return std::uniform_real_distribution<double>(lo, hi)(rng_);
+  }
   double normal() { return std::normal_distribution<double>(0.0, 1.0)(rng_); }
   Geom::Vector2 vec2() {
     double const x = (*this)();
@@ -58,7 +58,7 @@ public:
     return Geom::Vector3(x, y, (*this)());
   }
 
-private:
+ private:
   std::mt19937_64 rng_;
   double lo_, hi_;
 };

@@ -188,7 +188,8 @@ TEST(AlignedBoundingBox2, IntersectsAgreesWithSeparatingAxes) {
     AlignedBoundingBox2 const b = box(coord(-kPi, kPi), {coord.vec2(), coord.vec2()});
     // Slivers and near-touching pairs sit on the documented tolerance edge: skip them.
     double const g = gap(a, b);
-    if (std::min({a.max.x - a.min.x, a.max.y - a.min.y, b.max.x - b.min.x, b.max.y - b.min.y}) < 0.05 ||
+    if (std::min({a.max.x - a.min.x, a.max.y - a.min.y, b.max.x - b.min.x, b.max.y - b.min.y}) <
+            0.05 ||
         std::fabs(g) < 1e-6) {
       continue;
     }

@@ -23,7 +23,8 @@ BoundingBox3 const kUnit(Vector3(0, 0, 0), Vector3(1, 1, 1));
 
 TEST(BoundingBox3, EmptyBoxAndGrowth) {
   BoundingBox3 b;
-  EXPECT_FALSE(b.contains(Vector3()) || b.intersects(kUnit) || kUnit.intersects(b) || b.within(kUnit));
+  EXPECT_FALSE(b.contains(Vector3()) || b.intersects(kUnit) || kUnit.intersects(b) ||
+               b.within(kUnit));
   b.add(Vector3(1, 2, 3));
   expect_box(b, Vector3(1, 2, 3), Vector3(1, 2, 3));
   b.add(Vector3(-1, 5, 3)).add(Vector3(0, 0, 4));
@@ -46,7 +47,8 @@ TEST(BoundingBox3, EmptyBoxAndGrowth) {
   expect_box(two.scale(2.0), Vector3(-1.0), Vector3(3.0));
   expect_box(two.scale(0.5), Vector3(0.5), Vector3(1.5));
   expect_box(two, Vector3(0.0), Vector3(2.0));
-  expect_box(BoundingBox3(Vector3(2, 0, 0), Vector3(0, 4, 0)).scale_self(2.0), Vector3(3, -2, 0), Vector3(-1, 6, 0));
+  expect_box(BoundingBox3(Vector3(2, 0, 0), Vector3(0, 4, 0)).scale_self(2.0), Vector3(3, -2, 0),
+             Vector3(-1, 6, 0));
   expect_box(BoundingBox3(kUnit).pad_self(0.5), Vector3(-0.5), Vector3(1.5));
   expect_box(BoundingBox3(kUnit).pad_self(-0.25), Vector3(0.25), Vector3(0.75));
 }
@@ -79,7 +81,9 @@ TEST(BoundingBox3, StrictQueriesAndCorners) {
   // not within, a box touching it from outside does not intersect.
   BoundingBox3 const around(Vector3(-1.0), Vector3(2.0));
   EXPECT_TRUE(kUnit.contains(Vector3(0.5, 0.5, 0.5)));
-  auto at = [](Vector3& v, int axis) -> double& { return axis == 0 ? v.x : (axis == 1 ? v.y : v.z); };
+  auto at = [](Vector3& v, int axis) -> double& {
+    return axis == 0 ? v.x : (axis == 1 ? v.y : v.z);
+  };
   for (int face = 0; face < 6; ++face) {
     int const axis = face % 3;
     bool const low = face < 3;
@@ -112,7 +116,8 @@ TEST(BoundingBox3, StrictQueriesAndCorners) {
 
   BoundingBox3 const b(Vector3(1, 2, 3), Vector3(4, 5, 6));
   for (unsigned long i = 0; i < 8; ++i) {
-    expect_same(b.corner(i), Vector3((i & 1) ? 4.0 : 1.0, (i & 2) ? 5.0 : 2.0, (i & 4) ? 6.0 : 3.0));
+    expect_same(b.corner(i),
+                Vector3((i & 1) ? 4.0 : 1.0, (i & 2) ? 5.0 : 2.0, (i & 4) ? 6.0 : 3.0));
   }
   for (unsigned long i : {8ul, 100ul, ~0ul}) {
     try {
@@ -199,8 +204,9 @@ TEST(BoundingBox3, TurningTowardTheCentreKeepsEveryHit) {
     if (!kUnit.intersects_ray(o, d) || d.dot(Vector3(0.5) - o) < 0.0) continue;
     ++hits;
     double const max_angle = coord(0.0, 3.0);
-    ASSERT_TRUE(kUnit.intersects_ray(o, d, max_angle)) << "origin " << o.x << " " << o.y << " " << o.z
-        << " direction " << d.x << " " << d.y << " " << d.z << " limit " << max_angle;
+    ASSERT_TRUE(kUnit.intersects_ray(o, d, max_angle))
+        << "origin " << o.x << " " << o.y << " " << o.z << " direction " << d.x << " " << d.y << " "
+        << d.z << " limit " << max_angle;
   }
   EXPECT_GE(hits, 1000);
 }

@@ -34,9 +34,12 @@ TEST(Color, TransitionTruncatesTowardThisColour) {
   Color const far = Color(0, 255, 7, 7).transition_to(Color(255, 0, 7, 8), 1e300);
   EXPECT_EQ(far.r, 255);  // c + (2^31 - 1), low byte
   EXPECT_EQ(far.g, 255);  // c - 2^31, whose low byte is 0
-  EXPECT_EQ(far.b, 7);    // d = 0: no step
+  EXPECT_EQ(far.b, 7);  // d = 0: no step
   expect_rgba(Color(1, 2, 3, 4).transition_to(Color(9, 9, 9, 9), std::nan("")), 1, 2, 3, 4);
-  EXPECT_EQ(Color(0, 0, 0, 0).transition_to(Color(1, 0, 0, 0), -std::numeric_limits<double>::infinity()).r, 0);
+  EXPECT_EQ(Color(0, 0, 0, 0)
+                .transition_to(Color(1, 0, 0, 0), -std::numeric_limits<double>::infinity())
+                .r,
+            0);
 }
 
 TEST(Color, TransitionStaysBetweenTheEndsForTInUnitRange) {
@@ -48,7 +51,8 @@ TEST(Color, TransitionStaysBetweenTheEndsForTInUnitRange) {
     Color const b(byte(rng), byte(rng), byte(rng), byte(rng));
     double const t = unit(rng);
     Color const c = a.transition_to(b, t);
-    int const ca[4] = {a.r, a.g, a.b, a.a}, cb[4] = {b.r, b.g, b.b, b.a}, cc[4] = {c.r, c.g, c.b, c.a};
+    int const ca[4] = {a.r, a.g, a.b, a.a}, cb[4] = {b.r, b.g, b.b, b.a},
+              cc[4] = {c.r, c.g, c.b, c.a};
     for (int k = 0; k < 4; ++k) {
       EXPECT_GE(cc[k], std::min(ca[k], cb[k]));
       EXPECT_LE(cc[k], std::max(ca[k], cb[k]));

@@ -32,7 +32,8 @@ TEST(Quaternion, ProductComposesFirstOperandFirst) {
   for (int i = 0; i < 100; ++i) {
     Quaternion const a = random_unit(rng);
     Quaternion const b = random_unit(rng);
-    expect_near(Transformation(a * b, Vector3()), Transformation(b, Vector3()) * Transformation(a, Vector3()), 1e-12);
+    expect_near(Transformation(a * b, Vector3()),
+                Transformation(b, Vector3()) * Transformation(a, Vector3()), 1e-12);
     // Identity is neutral on both sides; the conjugate undoes a unit rotation.
     expect_near(a * Quaternion(), a, 0.0);
     expect_near(Quaternion() * a, a, 0.0);
@@ -44,14 +45,16 @@ TEST(Quaternion, AxisAngleMatchesRotationBuilder) {
   Quaternion const q(Vector3::Z_AXIS, kPi / 2);
   expect_near(q, Quaternion(std::sqrt(0.5), 0, 0, std::sqrt(0.5)), 1e-15);
   Transformation const m(q, Vector3(1, 2, 3));
-  expect_near(m, Transformation(Vector3(0, 1, 0), Vector3(-1, 0, 0), Vector3(0, 0, 1), Vector3(1, 2, 3)));
+  expect_near(
+      m, Transformation(Vector3(0, 1, 0), Vector3(-1, 0, 0), Vector3(0, 0, 1), Vector3(1, 2, 3)));
   expect_near(Quaternion(m), q);
   // The quaternion path and the Rodrigues builder are independent formulas for the same rotation.
   geom_test::Draw d(41, -2 * kPi, 2 * kPi);
   for (int i = 0; i < 100; ++i) {
     Vector3 const axis = Vector3(d.normal(), d.normal(), d.normal()).normalize();
     double const a = d();
-    expect_near(Transformation(Quaternion(axis, a), Vector3()), Transformation::rotate(axis, a), 1e-14);
+    expect_near(Transformation(Quaternion(axis, a), Vector3()), Transformation::rotate(axis, a),
+                1e-14);
   }
   // A non-unit quaternion is not normalised into the matrix: (0, 2, 0, 0) gives
   // 1 − 2·(2·2) = −7 on the y and z diagonal. A non-unit axis passes into the vector part.
@@ -95,10 +98,14 @@ TEST(Quaternion, RoundTripThroughTransformationForEveryBranch) {
     }
     Transformation const m(q, Vector3(1, 2, 3));
     double const* e = m.data();
-    ++branch_hits[e[0] + e[5] + e[10] > 0.0 ? 3 : e[0] >= e[5] && e[0] >= e[10] ? 0 : (e[5] >= e[10] ? 1 : 2)];
+    ++branch_hits[e[0] + e[5] + e[10] > 0.0       ? 3
+                  : e[0] >= e[5] && e[0] >= e[10] ? 0
+                                                  : (e[5] >= e[10] ? 1 : 2)];
     // q and −q are the same rotation.
     Quaternion const back(m);
-    expect_near(back, q.scale(back.w * q.w + back.x * q.x + back.y * q.y + back.z * q.z < 0.0 ? -1.0 : 1.0));
+    expect_near(
+        back,
+        q.scale(back.w * q.w + back.x * q.x + back.y * q.y + back.z * q.z < 0.0 ? -1.0 : 1.0));
   }
   for (int hits : branch_hits) EXPECT_GT(hits, 20);
 }
@@ -115,7 +122,8 @@ TEST(Quaternion, NormaliseZeroesTinyAndConjugateDoesNotDivide) {
   EXPECT_NEAR(Quaternion(1, 2, 3, 4).length(), std::sqrt(30.0), 1e-12);
   q.normalize_self();
   expect_near(q, Quaternion(), 0.0);
-  expect_near(Quaternion(1, 2, 3, 4) + Quaternion(1, 1, 1, 1) - Quaternion(0, 0, 0, 2), Quaternion(2, 3, 4, 3), 0.0);
+  expect_near(Quaternion(1, 2, 3, 4) + Quaternion(1, 1, 1, 1) - Quaternion(0, 0, 0, 2),
+              Quaternion(2, 3, 4, 3), 0.0);
 }
 
 }  // namespace

@@ -43,12 +43,15 @@ TEST(InvSqrt, ReferenceValuesAndErrorBound) {
   EXPECT_NEAR(Geom::inv_sqrt(1e-310) * std::sqrt(1e-310), 0.14, 0.01);
   // A negative argument is not checked, but must be defined behaviour (the bit estimate once
   // overflowed a signed subtraction there, which UBSan reports) and is no estimate of 1/√|x|.
-  for (double const x : {-4.9e-324, -1e-300, -0.25, -1.0, -4.0, -1e300, -std::numeric_limits<double>::max(),
-                         -std::numeric_limits<double>::infinity()}) {
+  for (double const x :
+       {-4.9e-324, -1e-300, -0.25, -1.0, -4.0, -1e300, -std::numeric_limits<double>::max(),
+        -std::numeric_limits<double>::infinity()}) {
     EXPECT_FALSE(std::fabs(Geom::inv_sqrt(x) * std::sqrt(-x) - 1.0) < 0.5) << x;
     double const xf = static_cast<double>(static_cast<float>(x));
     float const yf = Geom::inv_sqrt(static_cast<float>(x));
-    if (xf != 0.0) { EXPECT_FALSE(std::fabs(yf * std::sqrt(-xf) - 1.0) < 0.5) << xf; }
+    if (xf != 0.0) {
+      EXPECT_FALSE(std::fabs(yf * std::sqrt(-xf) - 1.0) < 0.5) << xf;
+    }
   }
   (void)Geom::inv_sqrt(-0.0);
   (void)Geom::inv_sqrt(-0.0f);
@@ -71,7 +74,8 @@ TEST(SegmentSegment, EndPointsCountParallelNeverDoes) {
   };
   for (Case const& c : cases) {
     Vector2 out(7.0, 7.0);
-    ASSERT_EQ(Geom::intersect_segment_segment(c.a, c.b, c.c, c.d, out), c.meets) << c.c.x << "," << c.c.y;
+    ASSERT_EQ(Geom::intersect_segment_segment(c.a, c.b, c.c, c.d, out), c.meets)
+        << c.c.x << "," << c.c.y;
     Vector2 const expected = c.meets ? c.at : Vector2(7.0, 7.0);
     EXPECT_NEAR(out.x, expected.x, kTol);
     EXPECT_NEAR(out.y, expected.y, kTol);
@@ -151,9 +155,11 @@ TEST(SegmentAndRayPlane, HitsMissesAndUntouchedOutput) {
   out = untouched;
   EXPECT_FALSE(Geom::intersect_ray_plane(Vector3(0, 0, 1), Vector3(0, 0, 1), Vector3(), up, out));
   // |direction · normal| of exactly 1e-6 counts as parallel for the ray (≤, not <).
-  EXPECT_FALSE(Geom::intersect_ray_plane(Vector3(0, 0, -1), Vector3(1, 0, 1e-6), Vector3(), up, out));
+  EXPECT_FALSE(
+      Geom::intersect_ray_plane(Vector3(0, 0, -1), Vector3(1, 0, 1e-6), Vector3(), up, out));
   expect_near(out, untouched, 0.0);
-  EXPECT_TRUE(Geom::intersect_ray_plane(Vector3(0, 0, -1), Vector3(1, 0, 2e-6), Vector3(), up, out));
+  EXPECT_TRUE(
+      Geom::intersect_ray_plane(Vector3(0, 0, -1), Vector3(1, 0, 2e-6), Vector3(), up, out));
 }
 
 TEST(Triplet, BarycentricWeightsAndHeight) {
@@ -187,7 +193,8 @@ TEST(Triplet, InsideAgreesWithSignOfAreas) {
   Vector3 const axis = Vector3(1, 2, 3).normalize();
   int inside = 0, tested = 0;
   for (int i = 0; i < 3000; ++i) {
-    Vector3 const a = coord.vec().product(Vector3(1, 1, 0)), b = coord.vec().product(Vector3(1, 1, 0)),
+    Vector3 const a = coord.vec().product(Vector3(1, 1, 0)),
+                  b = coord.vec().product(Vector3(1, 1, 0)),
                   c = coord.vec().product(Vector3(1, 1, 0));
     double const area = (b - a).cross(c - a).z;
     if (std::fabs(area) < 0.5) continue;
@@ -202,9 +209,10 @@ TEST(Triplet, InsideAgreesWithSignOfAreas) {
     inside += clearly_in;
     EXPECT_EQ(Geom::point_inside_triplet(p, a, b, c), clearly_in) << i;
     // Tilted out of the xy plane, the answer stays.
-    EXPECT_EQ(Geom::point_inside_triplet(p.rotate(axis, 0.7), a.rotate(axis, 0.7), b.rotate(axis, 0.7),
-                                         c.rotate(axis, 0.7)),
-              clearly_in) << i;
+    EXPECT_EQ(Geom::point_inside_triplet(p.rotate(axis, 0.7), a.rotate(axis, 0.7),
+                                         b.rotate(axis, 0.7), c.rotate(axis, 0.7)),
+              clearly_in)
+        << i;
   }
   EXPECT_GT(inside, 100);
   EXPECT_GT(tested - inside, 100);
@@ -217,7 +225,8 @@ TEST(Triplet, InsideAgreesWithSignOfAreas) {
 
 TEST(CpaLineLine, CrossingSkewAndParallel) {
   Vector3 p, q;
-  Geom::cpa_line_line(Vector3(-1, 2, 3), Vector3(2, 0, 0), Vector3(0, 5, 3), Vector3(0, -3, 0), p, q);
+  Geom::cpa_line_line(Vector3(-1, 2, 3), Vector3(2, 0, 0), Vector3(0, 5, 3), Vector3(0, -3, 0), p,
+                      q);
   expect_near(p, Vector3(0, 2, 3));
   expect_near(q, Vector3(0, 2, 3));
   geom_test::Draw coord(9, -4.0, 4.0);
@@ -248,11 +257,15 @@ TEST(Cotan, AnglesAndDegenerates) {
   struct Case {
     Vector3 a, b;
     double cot, tol;
-  } const cases[] = {{{1, 0, 0}, {0, 3, 0}, 0.0, 0.0},     {{2, 0, 0}, {1, 1, 0}, 1.0, kTol},
-                     {{1, 0, 0}, {-1, 1, 0}, -1.0, kTol},  {{0, 0, 1}, {std::sqrt(3.0), 0, 1}, 1.0 / std::sqrt(3.0), kTol},
-                     {{1, 2, 3}, {-2, -4, -6}, 0.0, 0.0},  {{}, {1, 0, 0}, 0.0, 0.0},
+  } const cases[] = {{{1, 0, 0}, {0, 3, 0}, 0.0, 0.0},
+                     {{2, 0, 0}, {1, 1, 0}, 1.0, kTol},
+                     {{1, 0, 0}, {-1, 1, 0}, -1.0, kTol},
+                     {{0, 0, 1}, {std::sqrt(3.0), 0, 1}, 1.0 / std::sqrt(3.0), kTol},
+                     {{1, 2, 3}, {-2, -4, -6}, 0.0, 0.0},
+                     {{}, {1, 0, 0}, 0.0, 0.0},
                      {{1, 0, 0}, {1, 2e-6, 0}, 5e5, 50.0}};
-  for (Case const& c : cases) EXPECT_NEAR(Geom::cotan(c.a, c.b), c.cot, c.tol) << c.b.x << "," << c.b.y;
+  for (Case const& c : cases)
+    EXPECT_NEAR(Geom::cotan(c.a, c.b), c.cot, c.tol) << c.b.x << "," << c.b.y;
 }
 
 TEST(PointsOnCircle, CircleAndArcFillExactlyTheirPoints) {

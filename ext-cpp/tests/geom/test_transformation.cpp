@@ -54,7 +54,8 @@ TEST(Transformation, StorageIsColumnMajor) {
   expect_elements(a, {1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0, 10, 11, 12, 1});
   expect_near(a.transform_vector(Vector3::Y_AXIS), Vector3(14, 16, 18));
   expect_near(a.rotate_vector(Vector3::Z_AXIS), Vector3(7, 8, 9));
-  expect_elements(Transformation(Vector3(1, 2, 3)), {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1});
+  expect_elements(Transformation(Vector3(1, 2, 3)),
+                  {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1});
   Transformation c = a;
   c.clear();
   expect_elements(c, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
@@ -64,10 +65,13 @@ TEST(Transformation, FrameFromNormal) {
   Vector3 const o(5, 6, 7);
   struct Case {
     Vector3 normal, x, y;
-  } const cases[] = {{{0, 0, 1}, {1, 0, 0}, {0, 1, 0}},      {{0, 0, -1}, {-1, 0, 0}, {0, 1, 0}},
-                     {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}},      {{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}},
+  } const cases[] = {{{0, 0, 1}, {1, 0, 0}, {0, 1, 0}},
+                     {{0, 0, -1}, {-1, 0, 0}, {0, 1, 0}},
+                     {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}},
+                     {{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}},
                      {{0.6, 0, 0.8}, {0, 1, 0}, {-0.8, 0, 0.6}}};
-  for (Case const& c : cases) expect_near(Transformation(o, c.normal), Transformation(c.x, c.y, c.normal, o));
+  for (Case const& c : cases)
+    expect_near(Transformation(o, c.normal), Transformation(c.x, c.y, c.normal, o));
   // The branch reads the normal as passed: |n.z| = 0.9999995 picks (n.z, 0, -n.x).
   double const c = Geom::PARALLEL_COSINE;
   EXPECT_NEAR(Transformation(o, Vector3(0, 1e-3, c)).x_axis.x, 1.0, 1e-6);
@@ -82,8 +86,9 @@ TEST(Transformation, RotationBuildersAreRightHanded) {
   expect_near(Transformation::rotatez(kPi / 2).rotate_vector(Vector3::X_AXIS), Vector3::Y_AXIS);
   expect_near(Transformation::rotatex(kPi / 2).rotate_vector(Vector3::Y_AXIS), Vector3::Z_AXIS);
   expect_near(Transformation::rotatey(kPi / 2).rotate_vector(Vector3::Z_AXIS), Vector3::X_AXIS);
-  expect_near(Transformation(Vector3(1, 0, 0), Vector3::Z_AXIS, kPi / 2),
-              Transformation(Vector3(0, 1, 0), Vector3(-1, 0, 0), Vector3(0, 0, 1), Vector3(0, -1, 0)));
+  expect_near(
+      Transformation(Vector3(1, 0, 0), Vector3::Z_AXIS, kPi / 2),
+      Transformation(Vector3(0, 1, 0), Vector3(-1, 0, 0), Vector3(0, 0, 1), Vector3(0, -1, 0)));
   geom_test::Draw d(11, -4.0, 4.0);
   for (int i = 0; i < 100; ++i) {
     double const a = d();
@@ -167,7 +172,8 @@ TEST(Transformation, InverseIsTheFull4x4Inverse) {
   auto s = [&d] { return d(0.5, 2.0); };
   for (int i = 0; i < 300; ++i) {
     bool const projective = i % 2 == 1;
-    Transformation a = Transformation::rotate((d.vec() + Vector3::Z_AXIS * 2.0).normalize(), 3.0 * d());
+    Transformation a =
+        Transformation::rotate((d.vec() + Vector3::Z_AXIS * 2.0).normalize(), 3.0 * d());
     a.scale_axes_self(Vector3(s(), s(), s()));
     Vector3 const o = d.vec() * 5.0;
     a.origin = Vector4(o.x, o.y, o.z, projective ? s() : 1.0);
@@ -177,8 +183,10 @@ TEST(Transformation, InverseIsTheFull4x4Inverse) {
   }
   Transformation mirror(Vector3(3, 4, 5));
   mirror.x_axis.x = -1.0;
-  expect_near(mirror.inverse(),
-              Transformation(Vector3(-1, 0, 0), Vector3(0, 1, 0), Vector3(0, 0, 1), Vector3(3, -4, -5)), 0.0);
+  expect_near(
+      mirror.inverse(),
+      Transformation(Vector3(-1, 0, 0), Vector3(0, 1, 0), Vector3(0, 0, 1), Vector3(3, -4, -5)),
+      0.0);
 }
 
 TEST(Transformation, InverseOfSingularIsZero) {
@@ -236,7 +244,9 @@ TEST(Transformation, NormalizeCopyMatchesInPlace) {
     EXPECT_EQ(t.y_axis.w, 0.0);
     EXPECT_EQ(t.origin.w, 1.0);
     EXPECT_NEAR(t.z_axis.length(), 1.0, 1e-15);
-    if (i % 3 == 0) { EXPECT_EQ(t.y_axis.length(), 0.0); }
+    if (i % 3 == 0) {
+      EXPECT_EQ(t.y_axis.length(), 0.0);
+    }
   }
   Transformation w(Vector3(2, 0, 0), Vector3(0, 3, 0), Vector3(0, 0, 4), Vector3(4, 4, 4));
   expect_near(with_weight(w, 2.0).normalize().origin, Vector3(2, 2, 2), 0.0);
@@ -257,7 +267,8 @@ TEST(Transformation, ScaleAxesAndWeight) {
   expect_elements(a, {9, 12, 0, 0, 0, 12, 0, 0, 0, 0, 0, 0, 1, 2, 5, 1});
   a = f;
   a.scale(a.x_axis);
-  expect_near(a, Transformation(Vector3(1.8, 2.4, 0), Vector3(0, 4, 0), Vector3(), Vector3(1, 2, 5)));
+  expect_near(a,
+              Transformation(Vector3(1.8, 2.4, 0), Vector3(0, 4, 0), Vector3(), Vector3(1, 2, 5)));
 
   Transformation e = with_weight(t, 0.5);
   e.extract_w_factor();

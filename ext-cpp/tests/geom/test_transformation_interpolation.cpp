@@ -42,8 +42,9 @@ void expect_rigid(Transformation const& m, Vector3 const& lengths) {
 
 TEST(RotateAxisTo, TurnsTheWholeFrameAndKeepsOrigin) {
   Transformation const a = scaled_frame(Vector3(2, 3, 4), Vector3(1, 2, 3));
-  expect_near(a.rotate_xaxis_to(Vector3(0, 1, 0)),
-              Transformation(Vector3(0, 2, 0), Vector3(-3, 0, 0), Vector3(0, 0, 4), Vector3(1, 2, 3)));
+  expect_near(
+      a.rotate_xaxis_to(Vector3(0, 1, 0)),
+      Transformation(Vector3(0, 2, 0), Vector3(-3, 0, 0), Vector3(0, 0, 4), Vector3(1, 2, 3)));
   Transformation const eighth = a.rotate_xaxis_to(Vector3(1, 1, 0));
   double const r2 = std::sqrt(2.0);
   expect_near(eighth, Transformation(Vector3(r2, r2, 0), Vector3(-1.5 * r2, 1.5 * r2, 0),
@@ -77,7 +78,8 @@ TEST(RotateAxisTo, AxisLandsOnDirectionForRandomFrames) {
     Vector3 const lengths = rng.vec();
     Transformation const a = random_frame(rng, lengths);
     Vector3 const dir(rng.normal(), rng.normal(), rng.normal());
-    Transformation const r[3] = {a.rotate_xaxis_to(dir), a.rotate_yaxis_to(dir), a.rotate_zaxis_to(dir)};
+    Transformation const r[3] = {a.rotate_xaxis_to(dir), a.rotate_yaxis_to(dir),
+                                 a.rotate_zaxis_to(dir)};
     Vector3 const own[3] = {r[0].x_axis, r[1].y_axis, r[2].z_axis};
     for (int k = 0; k < 3; ++k) {
       expect_near(own[k].normalize(), dir.normalize(), 1e-9);
@@ -93,8 +95,8 @@ TEST(Interpolation, QuarterAndHalfTurns) {
   // A half turn about x swings about the frame's own x axis.
   Transformation const flip = Transformation::rotatex(kPi);
   Transformation const half_flip(Vector3(1, 0, 0), Vector3(0, 0, 1), Vector3(0, -1, 0));
-  for (auto interpolate : {&Transformation::uniform_transition_to,
-                           &Transformation::uniform_normal_transition_to}) {
+  for (auto interpolate :
+       {&Transformation::uniform_transition_to, &Transformation::uniform_normal_transition_to}) {
     expect_near((id.*interpolate)(quarter, 0.0), id);
     expect_near((id.*interpolate)(quarter, 0.5), Transformation::rotatez(kPi / 4));
     expect_near((id.*interpolate)(quarter, 1.0), quarter);
@@ -132,7 +134,8 @@ TEST(Interpolation, NearlyParallelAndOppositeZAxes) {
 TEST(Interpolation, LengthsWeightsAndOrigins) {
   Transformation const id;
   Transformation const b = scaled_frame(Vector3(2, 3, 4), Vector3(10, 0, -4));
-  expect_near(id.uniform_transition_to(b, 0.5), scaled_frame(Vector3(1.5, 2, 2.5), Vector3(5, 0, -2)));
+  expect_near(id.uniform_transition_to(b, 0.5),
+              scaled_frame(Vector3(1.5, 2, 2.5), Vector3(5, 0, -2)));
   // The normal form sets no lengths; the origins are still interpolated.
   Transformation const normal = id.uniform_normal_transition_to(b, 0.5);
   expect_near(normal.origin, Vector3(5, 0, -2));

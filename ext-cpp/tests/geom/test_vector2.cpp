@@ -80,7 +80,8 @@ TEST(Vector2, TransitionToMatchesTheThreeDimensionalForm) {
     Vector2 const a = coord.vec2(), b = coord.vec2();
     double const t = i == 0 ? 0.0 : coord(-1.0, 2.0);
     Vector2 const r = a.transition_to(b, t);
-    Geom::Vector3 const r3 = Geom::Vector3(a.x, a.y, 0.0).transition_to(Geom::Vector3(b.x, b.y, 0.0), t);
+    Geom::Vector3 const r3 =
+        Geom::Vector3(a.x, a.y, 0.0).transition_to(Geom::Vector3(b.x, b.y, 0.0), t);
     ASSERT_EQ(r.x, r3.x);
     ASSERT_EQ(r.y, r3.y);
     ASSERT_NEAR(r.x, a.x * (1.0 - t) + b.x * t, 1e-9 * (1.0 + std::fabs(t)));

@@ -151,7 +151,8 @@ TEST(Vector3, Angles) {
       {Vector3::Y_AXIS, {l, 0, 5}, n, -kPi / 2},
       {Vector3::Y_AXIS, {down(l), 0, 5}, n, 0.0},
   };
-  for (Case const& c : cases) EXPECT_NEAR(c.a.angle_between(c.b, c.normal), c.angle, 1e-12) << c.a.x << " " << c.b.x;
+  for (Case const& c : cases)
+    EXPECT_NEAR(c.a.angle_between(c.b, c.normal), c.angle, 1e-12) << c.a.x << " " << c.b.x;
   EXPECT_NEAR(Vector3::X_AXIS.angle_between(Vector3::Y_AXIS), kPi / 2, 1e-12);
   EXPECT_EQ(Vector3::X_AXIS.angle_between(Vector3()), std::acos(0.0));
   EXPECT_NEAR(Vector3(1.0, 0.0, 0.0).angle_between(Vector3(-3.0, 0.0, 0.0)), kPi, 1e-12);

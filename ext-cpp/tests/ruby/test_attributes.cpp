@@ -2,9 +2,9 @@
 
 #include <sketchup_api_standin.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <algorithm>
 #include <cstring>
 #include <iomanip>
 #include <limits>
@@ -13,9 +13,9 @@
 #include <string>
 #include <vector>
 
-#include "bridge_test_util.h"
 #include <quillmark/ruby/ruby_attributes.h>
 #include <quillmark/ruby/ruby_entities.h>
+#include "bridge_test_util.h"
 
 using qmtest::eval;
 
@@ -36,12 +36,15 @@ class Value {
 };
 
 // Makes array an Array of Doubles, with a String ("2") in place of the item at string_at.
-void set_array(SUTypedValueRef array, const std::vector<double>& items, size_t string_at = SIZE_MAX) {
+void set_array(SUTypedValueRef array, const std::vector<double>& items,
+               size_t string_at = SIZE_MAX) {
   std::vector<Value> values(items.size());
   std::vector<SUTypedValueRef> refs;
   for (size_t i = 0; i < items.size(); ++i) {
-    if (i == string_at) SUTypedValueSetString(values[i].ref(), "2");
-    else SUTypedValueSetDouble(values[i].ref(), items[i]);
+    if (i == string_at)
+      SUTypedValueSetString(values[i].ref(), "2");
+    else
+      SUTypedValueSetDouble(values[i].ref(), items[i]);
     refs.push_back(values[i].ref());
   }
   ASSERT_EQ(SUTypedValueSetArrayItems(array, refs.size(), refs.data()), SU_ERROR_NONE);
@@ -100,7 +103,8 @@ class Attributes : public ::testing::Test {
   }
   void TearDown() override {
     su_standin_reset();
-    EXPECT_EQ(su_standin_live_strings(), strings_at_start_) << "a reader left a library string behind";
+    EXPECT_EQ(su_standin_live_strings(), strings_at_start_)
+        << "a reader left a library string behind";
     eval("$am = $ag = nil");
   }
 
@@ -165,19 +169,26 @@ TEST_F(Attributes, TheSearchPassesOnFailuresAndSkipsUnreadableNames) {
     size_t nth, size;  // a size of 0: the call fails with SU_ERROR_OUT_OF_RANGE instead
     const char* tag;
   } cases[] = {
-      {"SUEntityGetNumAttributeDictionaries", 1, 0, "E8"}, {"SUEntityGetAttributeDictionaries", 1, 0, "E8"},
-      {"SUStringCreate", 1, 0, "E8"}, {"SUAttributeDictionaryGetValue", 1, 0, "E8"},
-      {"SUAttributeDictionaryGetName", 1, 0, "2"}, {"SUStringGetUTF8Length", 1, 0, "2"},
-      {"SUStringGetUTF8", 1, 0, "2"}, {"SUAttributeDictionaryGetName", 0, 0, "E9"},
+      {"SUEntityGetNumAttributeDictionaries", 1, 0, "E8"},
+      {"SUEntityGetAttributeDictionaries", 1, 0, "E8"},
+      {"SUStringCreate", 1, 0, "E8"},
+      {"SUAttributeDictionaryGetValue", 1, 0, "E8"},
+      {"SUAttributeDictionaryGetName", 1, 0, "2"},
+      {"SUStringGetUTF8Length", 1, 0, "2"},
+      {"SUStringGetUTF8", 1, 0, "2"},
+      {"SUAttributeDictionaryGetName", 0, 0, "E9"},
       {"SUEntityGetNumAttributeDictionaries", 0, SIZE_MAX, "E11"},
       {"SUEntityGetNumAttributeDictionaries", 0, size_t{1} << 61, "E11"},
-      {"SUStringGetUTF8Length", 0, SIZE_MAX, "E11"}, {"SUStringGetUTF8Length", 0, size_t{1} << 61, "E11"},
+      {"SUStringGetUTF8Length", 0, SIZE_MAX, "E11"},
+      {"SUStringGetUTF8Length", 0, size_t{1} << 61, "E11"},
   };
   EXPECT_EQ(tag_in_quill(), "1");
   for (auto const& c : cases) {
     su_standin_reset();
-    if (c.size == 0) su_standin_fail(c.function, SU_ERROR_OUT_OF_RANGE, c.nth);
-    else su_standin_report_size(c.function, c.size, c.nth);
+    if (c.size == 0)
+      su_standin_fail(c.function, SU_ERROR_OUT_OF_RANGE, c.nth);
+    else
+      su_standin_report_size(c.function, c.size, c.nth);
     EXPECT_EQ(tag_in_quill(), c.tag) << c.function << " " << c.nth << " " << c.size;
     EXPECT_EQ(su_standin_live_strings(), strings_at_start_) << c.function;
   }
@@ -207,22 +218,33 @@ const Stored kStored[] = {
      "-2147483648 -2147483648 -2147483648 -2147483648 E2 E2 E2"},
     {[](V v) { SUTypedValueSetFloat(v, 2.9f); },
      "2 2 2.9000000953674316 2.9000000953674316 E2 E2 E2"},
-    {[](V v) { SUTypedValueSetFloat(v, -3e9f); }, "-2147483648 -3000000000 -3000000000 -3000000000 E2 E2 E2"},
-    {[](V v) { SUTypedValueSetDouble(v, -2.9); }, "-2 -2 -2.8999999999999999 -2.8999999999999999 E2 E2 E2"},
+    {[](V v) { SUTypedValueSetFloat(v, -3e9f); },
+     "-2147483648 -3000000000 -3000000000 -3000000000 E2 E2 E2"},
+    {[](V v) { SUTypedValueSetDouble(v, -2.9); },
+     "-2 -2 -2.8999999999999999 -2.8999999999999999 E2 E2 E2"},
     {[](V v) { SUTypedValueSetBool(v, true); }, "E2 E2 E2 E2 true E2 E2"},
     {[](V v) {
        const SUColor color = {1, 2, 3, 4};
        SUTypedValueSetColor(v, &color);
-     }, "E2 E2 E2 E2 E2 E2 E2"},
+     },
+     "E2 E2 E2 E2 E2 E2 E2"},
     {[](SUTypedValueRef v) { SUTypedValueSetTime(v, 1700000000); }, "E2 E2 E2 E2 E2 E2 E2"},
-    {[](SUTypedValueRef v) { SUTypedValueSetString(v, "gr\xC3\xBC\xC3\x9F"); }, "E2 E2 E2 E2 E2 'gr\xC3\xBC\xC3\x9F' E2"},
+    {[](SUTypedValueRef v) { SUTypedValueSetString(v, "gr\xC3\xBC\xC3\x9F"); },
+     "E2 E2 E2 E2 E2 'gr\xC3\xBC\xC3\x9F' E2"},
     {[](SUTypedValueRef v) { SUTypedValueSetString(v, ""); }, "E2 E2 E2 E2 E2 '' E2"},
     {[](SUTypedValueRef v) {
        const double xyz[3] = {1.5, -2.5, 3.5};
        SUTypedValueSetVector3d(v, xyz);
-     }, "E2 E2 E2 E2 E2 E2 1.5,-2.5,3.5"},
-    {[](SUTypedValueRef v) { set_array(v, {4.0, 5.0, 6.0, 7.0}); }, "E2 E2 E2 E2 E2 E2 4,5,6"},
-    {[](SUTypedValueRef v) { set_array(v, {4.0, 5.0}); }, "E2 E2 E2 E2 E2 E2 E2"},
+     },
+     "E2 E2 E2 E2 E2 E2 1.5,-2.5,3.5"},
+    {[](SUTypedValueRef v) {
+       set_array(v, {4.0, 5.0, 6.0, 7.0});
+     },
+     "E2 E2 E2 E2 E2 E2 4,5,6"},
+    {[](SUTypedValueRef v) {
+       set_array(v, {4.0, 5.0});
+     },
+     "E2 E2 E2 E2 E2 E2 E2"},
     {[](SUTypedValueRef v) { set_array(v, {}); }, "E2 E2 E2 E2 E2 E2 E2"},
 };
 
@@ -235,24 +257,32 @@ TEST_F(Attributes, EveryReaderAgainstEveryStoredType) {
 }
 
 TEST_F(Attributes, FloatingValuesOutOfRangeOrNaNGiveTheMinimum) {
-  constexpr long long kMin32 = std::numeric_limits<int>::min(), kMin64 = std::numeric_limits<long long>::min();
+  constexpr long long kMin32 = std::numeric_limits<int>::min(),
+                      kMin64 = std::numeric_limits<long long>::min();
   const struct {
     double stored;
     long long as32, as64;
   } cases[] = {
-      {2.9, 2, 2}, {-2.9, -2, -2}, {1e20, kMin32, kMin64}, {-1e20, kMin32, kMin64},
-      {std::nan(""), kMin32, kMin64}, {INFINITY, kMin32, kMin64}, {2147483647.9, 2147483647, 2147483647},
-      {2147483648.0, kMin32, 2147483648LL}, {-2147483648.9, kMin32, -2147483648LL},
+      {2.9, 2, 2},
+      {-2.9, -2, -2},
+      {1e20, kMin32, kMin64},
+      {-1e20, kMin32, kMin64},
+      {std::nan(""), kMin32, kMin64},
+      {INFINITY, kMin32, kMin64},
+      {2147483647.9, 2147483647, 2147483647},
+      {2147483648.0, kMin32, 2147483648LL},
+      {-2147483648.9, kMin32, -2147483648LL},
       {-2147483649.0, kMin32, -2147483649LL},
       {9223372036854774784.0, kMin32, 9223372036854774784LL},  // the largest double below 2^63
-      {9223372036854775808.0, kMin32, kMin64},                 // 2^63 itself is out of range
-      {-9223372036854775808.0, kMin32, kMin64},                // -2^63 is the minimum, exactly
+      {9223372036854775808.0, kMin32, kMin64},  // 2^63 itself is out of range
+      {-9223372036854775808.0, kMin32, kMin64},  // -2^63 is the minimum, exactly
   };
   for (const auto& c : cases) {
     Value value;
     SUTypedValueSetDouble(value.ref(), c.stored);
     const std::string read = read_all(value.ref());
-    EXPECT_EQ(read.substr(0, read.find(' ', read.find(' ') + 1)), std::to_string(c.as32) + " " + std::to_string(c.as64))
+    EXPECT_EQ(read.substr(0, read.find(' ', read.find(' ') + 1)),
+              std::to_string(c.as32) + " " + std::to_string(c.as64))
         << c.stored;
   }
 }
@@ -263,12 +293,18 @@ TEST_F(Attributes, FailingSdkCallsArePassedOnAndOutputsKept) {
     const char* function;
     const char* read;
   } cases[] = {
-      {1, "SUTypedValueGetByte", "E7 E7 E7 E7 E2 E2 E2"}, {3, "SUTypedValueGetInt16", "E7 E7 E7 E7 E2 E2 E2"},
-      {4, "SUTypedValueGetInt32", "E7 E7 E7 E7 E2 E2 E2"}, {5, "SUTypedValueGetFloat", "E7 E7 E7 E7 E2 E2 E2"},
-      {7, "SUTypedValueGetDouble", "E7 E7 E7 E7 E2 E2 E2"}, {8, "SUTypedValueGetType", "E7 E7 E7 E7 E7 E7 E7"},
-      {8, "SUTypedValueGetBool", "E2 E2 E2 E2 E7 E2 E2"}, {13, "SUTypedValueGetVector3d", "E2 E2 E2 E2 E2 E2 E7"},
-      {11, "SUStringCreate", "E2 E2 E2 E2 E2 E7 E2"}, {11, "SUTypedValueGetString", "E2 E2 E2 E2 E2 E7 E2"},
-      {11, "SUStringGetUTF8Length", "E2 E2 E2 E2 E2 E7 E2"}, {11, "SUStringGetUTF8", "E2 E2 E2 E2 E2 E7 E2"},
+      {1, "SUTypedValueGetByte", "E7 E7 E7 E7 E2 E2 E2"},
+      {3, "SUTypedValueGetInt16", "E7 E7 E7 E7 E2 E2 E2"},
+      {4, "SUTypedValueGetInt32", "E7 E7 E7 E7 E2 E2 E2"},
+      {5, "SUTypedValueGetFloat", "E7 E7 E7 E7 E2 E2 E2"},
+      {7, "SUTypedValueGetDouble", "E7 E7 E7 E7 E2 E2 E2"},
+      {8, "SUTypedValueGetType", "E7 E7 E7 E7 E7 E7 E7"},
+      {8, "SUTypedValueGetBool", "E2 E2 E2 E2 E7 E2 E2"},
+      {13, "SUTypedValueGetVector3d", "E2 E2 E2 E2 E2 E2 E7"},
+      {11, "SUStringCreate", "E2 E2 E2 E2 E2 E7 E2"},
+      {11, "SUTypedValueGetString", "E2 E2 E2 E2 E2 E7 E2"},
+      {11, "SUStringGetUTF8Length", "E2 E2 E2 E2 E2 E7 E2"},
+      {11, "SUStringGetUTF8", "E2 E2 E2 E2 E2 E7 E2"},
       {14, "SUTypedValueGetNumArrayItems", "E2 E2 E2 E2 E2 E2 E7"},
       {14, "SUTypedValueGetArrayItems", "E2 E2 E2 E2 E2 E2 E7"},
   };
@@ -288,7 +324,8 @@ TEST_F(Attributes, StringsComeOutByteForByteAtAnyLength) {
   for (int round = 0; round < 2600; ++round) {
     Value value;
     SUTypedValueSetString(value.ref(), expected.c_str());
-    ASSERT_EQ(read_all(value.ref()), "E2 E2 E2 E2 E2 '" + expected + "' E2") << "length " << expected.size();
+    ASSERT_EQ(read_all(value.ref()), "E2 E2 E2 E2 E2 '" + expected + "' E2")
+        << "length " << expected.size();
     expected += pieces[round % 5];
     if (round % 500 == 499) expected += std::string(1000, 'x');
   }
@@ -307,9 +344,11 @@ TEST_F(Attributes, AnArrayItemThatIsNoDoubleStopsTheReadAfterTheItemsBeforeIt) {
     Value value;
     set_array(value.ref(), {10.0, 11.0, 12.0}, bad);
     Geom::Vector3 partial(9.0, 9.0, 9.0);
-    EXPECT_EQ(RU::csu_typed_value_to_vector3d(value.ref(), partial), SU_ERROR_NO_DATA) << "bad item " << bad;
+    EXPECT_EQ(RU::csu_typed_value_to_vector3d(value.ref(), partial), SU_ERROR_NO_DATA)
+        << "bad item " << bad;
     const double* components = &partial.x;
-    for (size_t i = 0; i < 3; ++i) EXPECT_EQ(components[i], i < bad ? 10.0 + i : 9.0) << "bad " << bad << " item " << i;
+    for (size_t i = 0; i < 3; ++i)
+      EXPECT_EQ(components[i], i < bad ? 10.0 + i : 9.0) << "bad " << bad << " item " << i;
   }
 }
 
@@ -319,12 +358,14 @@ TEST(SketchupApi, Utf8CopyHonoursTheBufferSizeAndRefusesMisuse) {
   const size_t live = su_standin_live_strings();
   SUStringRef string = SU_INVALID;
   ASSERT_EQ(SUStringCreateFromUTF8(&string, "hello"), SU_ERROR_NONE);
-  EXPECT_EQ(SUStringCreate(&string), SU_ERROR_OVERWRITE_VALID) << "a live reference must not be overwritten";
+  EXPECT_EQ(SUStringCreate(&string), SU_ERROR_OVERWRITE_VALID)
+      << "a live reference must not be overwritten";
   for (size_t size = 0; size <= 8; ++size) {
     char buffer[9] = "########";
     size_t copied = 99;
     const size_t expected = size == 0 ? 99 : std::min<size_t>(size - 1, 5);
-    EXPECT_EQ(SUStringGetUTF8(string, size, buffer, &copied), size == 0 ? SU_ERROR_INSUFFICIENT_SIZE : SU_ERROR_NONE);
+    EXPECT_EQ(SUStringGetUTF8(string, size, buffer, &copied),
+              size == 0 ? SU_ERROR_INSUFFICIENT_SIZE : SU_ERROR_NONE);
     EXPECT_EQ(copied, expected) << size;
     const std::string written = size == 0 ? "" : std::string("hello", expected) + '\0';
     EXPECT_EQ(std::string(buffer, 8), written + std::string(8 - written.size(), '#')) << size;

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "bridge_test_util.h"
 #include <quillmark/ruby/ruby_entities.h>
 #include <quillmark/ruby/ruby_handles.h>
+#include "bridge_test_util.h"
 
 using qmtest::eval;
 using qmtest::truthy;
@@ -45,7 +45,9 @@ int32_t sdk_id(SUEntityRef entity) {
   return id;
 }
 
-int32_t ruby_id(VALUE entity) { return NUM2INT(rb_funcallv(entity, rb_intern("entityID"), 0, nullptr)); }
+int32_t ruby_id(VALUE entity) {
+  return NUM2INT(rb_funcallv(entity, rb_intern("entityID"), 0, nullptr));
+}
 
 // Every finder's outputs, set to markers before each call so that any write shows.
 int marker;
@@ -65,7 +67,8 @@ void mark_outputs() {
 
 bool untouched() {
   return out.group.ptr == &marker && out.instance.ptr == &marker && out.definition.ptr == &marker &&
-         out.entity.ptr == &marker && std::memcmp(&out.transformation, &kMarkedMatrix, sizeof kMarkedMatrix) == 0;
+         out.entity.ptr == &marker &&
+         std::memcmp(&out.transformation, &kMarkedMatrix, sizeof kMarkedMatrix) == 0;
 }
 
 // A finder, and the entity of what it found.
@@ -76,16 +79,19 @@ struct Finder {
 };
 const Finder GROUP = {"group", [](VALUE v) { return RU::vsu_to_csu_group(v, &out.group); },
                       [] { return SUGroupToEntity(out.group); }};
-const Finder INSTANCE = {"instance", [](VALUE v) { return RU::vsu_to_csu_component_instance(v, &out.instance); },
-                         [] { return SUComponentInstanceToEntity(out.instance); }};
-const Finder DEFINITION = {"definition",
-                           [](VALUE v) { return RU::vsu_to_csu_component_definition(v, &out.definition); },
-                           [] { return SUComponentDefinitionToEntity(out.definition); }};
-const Finder GCI_ENTITY = {"gci entity", [](VALUE v) { return RU::vsu_to_csu_gci_entity(v, &out.entity); },
+const Finder INSTANCE = {
+    "instance", [](VALUE v) { return RU::vsu_to_csu_component_instance(v, &out.instance); },
+    [] { return SUComponentInstanceToEntity(out.instance); }};
+const Finder DEFINITION = {
+    "definition", [](VALUE v) { return RU::vsu_to_csu_component_definition(v, &out.definition); },
+    [] { return SUComponentDefinitionToEntity(out.definition); }};
+const Finder GCI_ENTITY = {"gci entity",
+                           [](VALUE v) { return RU::vsu_to_csu_gci_entity(v, &out.entity); },
                            [] { return out.entity; }};
 const Finder PARTS = {"parts",
                       [](VALUE v) {
-                        return RU::csu_ent_def_tra_from_vsu_gci(v, &out.entity, &out.definition, out.transformation);
+                        return RU::csu_ent_def_tra_from_vsu_gci(v, &out.entity, &out.definition,
+                                                                out.transformation);
                       },
                       [] { return out.entity; }};
 
@@ -102,15 +108,18 @@ class EntityFinders : public ::testing::Test {
   }
   void TearDown() override {
     su_standin_reset();
-    eval("$m = $top = $g1 = $g2 = $g3 = $chair = $leg = $in_chair = $ci_top = $ci_deep = $ci_in_chair = $v = nil");
+    eval(
+        "$m = $top = $g1 = $g2 = $g3 = $chair = $leg = $in_chair = $ci_top = $ci_deep = "
+        "$ci_in_chair = $v = nil");
   }
 
   // Runs the finder on the value of `entity` once cleanly, then once for each call the clean
   // run made of each function, with `spoil(function, nth)` making that call go wrong: every
   // such run must answer `expected(function)` and leave the outputs alone.
   template <class Spoil, class Expected>
-  static void expect_each_call_fails(Finder const& finder, const char* entity, std::vector<const char*> const& functions,
-                                     Spoil spoil, Expected expected) {
+  static void expect_each_call_fails(Finder const& finder, const char* entity,
+                                     std::vector<const char*> const& functions, Spoil spoil,
+                                     Expected expected) {
     const VALUE value = qmtest::let("$v", eval(entity));
     for (const char* function : functions) {
       su_standin_reset();
@@ -120,7 +129,8 @@ class EntityFinders : public ::testing::Test {
       for (size_t nth = 1; nth <= calls; ++nth) {
         su_standin_reset();
         spoil(function, nth);
-        EXPECT_EQ(run(finder, value), expected(function)) << finder.name << " " << entity << ": " << function << nth;
+        EXPECT_EQ(run(finder, value), expected(function))
+            << finder.name << " " << entity << ": " << function << nth;
         EXPECT_TRUE(untouched()) << finder.name << " " << entity << ": " << function << nth;
       }
     }
@@ -158,7 +168,8 @@ TEST_F(EntityFinders, FindOnlyWhatIsThereAndWalkOnlyAsFarAsNeeded) {
       {DEFINITION, "$liar", SU_ERROR_GENERIC, "SUModelGetNumComponentDefinitions", 0},
       // $chair is listed before $leg: its ID cannot be read, so it is skipped, not fatal.
       {DEFINITION, "$leg", SU_ERROR_NONE, "SUModelGetComponentDefinitions", 1, "SUEntityGetID"},
-      {DEFINITION, "$chair", SU_ERROR_GENERIC, "SUModelGetComponentDefinitions", 1, "SUEntityGetID"},
+      {DEFINITION, "$chair", SU_ERROR_GENERIC, "SUModelGetComponentDefinitions", 1,
+       "SUEntityGetID"},
       // Only component instances take the instance walk; a definition is searched as a group.
       {GCI_ENTITY, "$ci_deep", SU_ERROR_NONE, "SUEntitiesGetNumGroups", 0},
       {GCI_ENTITY, "$g2", SU_ERROR_NONE, "SUEntitiesGetNumInstances", 0},
@@ -181,7 +192,8 @@ TEST_F(EntityFinders, FindOnlyWhatIsThereAndWalkOnlyAsFarAsNeeded) {
     } else {
       EXPECT_TRUE(untouched()) << c.finder.name << " " << c.entity;
     }
-    EXPECT_EQ(su_standin_calls(c.function), c.calls) << c.finder.name << " " << c.entity << ": " << c.function;
+    EXPECT_EQ(su_standin_calls(c.function), c.calls)
+        << c.finder.name << " " << c.entity << ": " << c.function;
   }
   eval("$empty = $lost_in_empty = $lost_in_full = $liar = nil");
 }
@@ -216,12 +228,15 @@ TEST_F(EntityFinders, EveryPlacementOfARandomModelComesBackWithItsDefinitionAndT
     const VALUE placement = rb_ary_entry(placements, i);
     ASSERT_EQ(run(PARTS, placement), SU_ERROR_NONE) << "placement " << i;
     EXPECT_EQ(sdk_id(out.entity), ruby_id(placement)) << "placement " << i;
-    EXPECT_EQ(sdk_id(SUComponentDefinitionToEntity(out.definition)), ruby_id(RU::vsu_get_definition(placement)))
+    EXPECT_EQ(sdk_id(SUComponentDefinitionToEntity(out.definition)),
+              ruby_id(RU::vsu_get_definition(placement)))
         << "placement " << i;
     // The matrix is copied, not computed: every element comes through bit for bit.
-    const VALUE values = eval(("$placements[" + std::to_string(i) + "].transformation.to_a").c_str());
+    const VALUE values =
+        eval(("$placements[" + std::to_string(i) + "].transformation.to_a").c_str());
     for (long k = 0; k < 16; ++k)
-      EXPECT_EQ(out.transformation.data()[k], NUM2DBL(rb_ary_entry(values, k))) << "placement " << i << " " << k;
+      EXPECT_EQ(out.transformation.data()[k], NUM2DBL(rb_ary_entry(values, k)))
+          << "placement " << i << " " << k;
     const SUEntityRef entity = out.entity;
     ASSERT_EQ(run(GCI_ENTITY, placement), SU_ERROR_NONE);
     EXPECT_EQ(out.entity.ptr, entity.ptr);
@@ -233,14 +248,19 @@ TEST_F(EntityFinders, EveryPlacementOfARandomModelComesBackWithItsDefinitionAndT
 // own: the finder answers that code, or SU_ERROR_INVALID_INPUT when the failing function
 // hands out an invalid reference that the next call rejects.
 TEST_F(EntityFinders, EveryFailingSdkCallIsPassedOn) {
-  const std::vector<const char*> walk = {
-      "SUModelFromExisting", "SUModelGetEntities", "SUEntityGetID", "SUModelGetNumGroupDefinitions",
-      "SUModelGetGroupDefinitions", "SUComponentDefinitionGetEntities", "SUModelGetNumComponentDefinitions",
-      "SUModelGetComponentDefinitions"};
+  const std::vector<const char*> walk = {"SUModelFromExisting",
+                                         "SUModelGetEntities",
+                                         "SUEntityGetID",
+                                         "SUModelGetNumGroupDefinitions",
+                                         "SUModelGetGroupDefinitions",
+                                         "SUComponentDefinitionGetEntities",
+                                         "SUModelGetNumComponentDefinitions",
+                                         "SUModelGetComponentDefinitions"};
   std::vector<const char*> group_walk = walk, instance_walk = walk;
-  group_walk.insert(group_walk.end(), {"SUEntitiesGetNumGroups", "SUEntitiesGetGroups", "SUGroupToEntity"});
-  instance_walk.insert(instance_walk.end(),
-                       {"SUEntitiesGetNumInstances", "SUEntitiesGetInstances", "SUComponentInstanceToEntity"});
+  group_walk.insert(group_walk.end(),
+                    {"SUEntitiesGetNumGroups", "SUEntitiesGetGroups", "SUGroupToEntity"});
+  instance_walk.insert(instance_walk.end(), {"SUEntitiesGetNumInstances", "SUEntitiesGetInstances",
+                                             "SUComponentInstanceToEntity"});
   const struct {
     Finder const& finder;
     const char* entity;  // one the walk reaches last, so it makes every call it can
@@ -248,17 +268,28 @@ TEST_F(EntityFinders, EveryFailingSdkCallIsPassedOn) {
   } cases[] = {
       {GROUP, "$in_chair", group_walk},
       {INSTANCE, "$ci_in_chair", instance_walk},
-      {DEFINITION, "$leg", {"SUModelFromExisting", "SUModelGetNumComponentDefinitions", "SUModelGetComponentDefinitions"}},
-      {DEFINITION, "$g3.entities.parent", {"SUModelFromExisting", "SUModelGetNumGroupDefinitions", "SUModelGetGroupDefinitions"}},
-      {PARTS, "$ci_in_chair", {"SUComponentInstanceGetDefinition", "SUComponentInstanceGetTransform", "SUEntitiesGetInstances"}},
+      {DEFINITION,
+       "$leg",
+       {"SUModelFromExisting", "SUModelGetNumComponentDefinitions",
+        "SUModelGetComponentDefinitions"}},
+      {DEFINITION,
+       "$g3.entities.parent",
+       {"SUModelFromExisting", "SUModelGetNumGroupDefinitions", "SUModelGetGroupDefinitions"}},
+      {PARTS,
+       "$ci_in_chair",
+       {"SUComponentInstanceGetDefinition", "SUComponentInstanceGetTransform",
+        "SUEntitiesGetInstances"}},
       {PARTS, "$g3", {"SUGroupGetDefinition", "SUGroupGetTransform", "SUEntityGetID"}},
   };
   for (auto const& c : cases) {
     expect_each_call_fails(
         c.finder, c.entity, c.functions,
-        [](const char* function, size_t nth) { ASSERT_EQ(su_standin_fail(function, SU_ERROR_OUT_OF_RANGE, nth), 1); },
+        [](const char* function, size_t nth) {
+          ASSERT_EQ(su_standin_fail(function, SU_ERROR_OUT_OF_RANGE, nth), 1);
+        },
         [](const char* function) {
-          return std::string(function) == "SUModelFromExisting" || std::strstr(function, "ToEntity") != nullptr
+          return std::string(function) == "SUModelFromExisting" ||
+                         std::strstr(function, "ToEntity") != nullptr
                      ? SU_ERROR_INVALID_INPUT
                      : SU_ERROR_OUT_OF_RANGE;
         });
@@ -270,12 +301,16 @@ TEST_F(EntityFinders, EveryFailingSdkCallIsPassedOn) {
 // RU::ALLOCATION_FAILED and leave their outputs alone instead of ending the host.
 TEST_F(EntityFinders, CountsNoMemoryHoldsFailWithoutTouchingOutputs) {
   for (size_t size : {SIZE_MAX / 2, size_t{1} << 58}) {
-    const auto spoil = [size](const char* function, size_t nth) { su_standin_report_size(function, size, nth); };
+    const auto spoil = [size](const char* function, size_t nth) {
+      su_standin_report_size(function, size, nth);
+    };
     const auto expected = [](const char*) { return RU::ALLOCATION_FAILED; };
     expect_each_call_fails(GROUP, "$in_chair",
-                           {"SUEntitiesGetNumGroups", "SUModelGetNumGroupDefinitions", "SUModelGetNumComponentDefinitions"},
+                           {"SUEntitiesGetNumGroups", "SUModelGetNumGroupDefinitions",
+                            "SUModelGetNumComponentDefinitions"},
                            spoil, expected);
-    expect_each_call_fails(DEFINITION, "$chair", {"SUModelGetNumComponentDefinitions"}, spoil, expected);
+    expect_each_call_fails(DEFINITION, "$chair", {"SUModelGetNumComponentDefinitions"}, spoil,
+                           expected);
     expect_each_call_fails(GCI_ENTITY, "$ci_top", {"SUEntitiesGetNumInstances"}, spoil, expected);
   }
 }
@@ -286,24 +321,28 @@ TEST_F(EntityFinders, ModelIsTheAddressSkpdocReports) {
   EXPECT_EQ(reinterpret_cast<uintptr_t>(model.ptr), NUM2ULL(eval("$m.skpdoc(true)")));
   // skpdoc is asked with true, and nothing else is checked: an address that names no model
   // still answers 0 and leaves the rejection to the first SDK call.
-  VALUE fake = qmtest::let(
-      "$v", eval("Object.new.tap { |o| def o.skpdoc(flag); raise ArgumentError unless flag == true; 4096; end }"));
+  VALUE fake = qmtest::let("$v", eval("Object.new.tap { |o| def o.skpdoc(flag); raise "
+                                      "ArgumentError unless flag == true; 4096; end }"));
   EXPECT_EQ(RU::vsu_to_csu_model(fake, &model), SU_ERROR_NONE);
   EXPECT_EQ(model.ptr, nullptr);
 }
 
 TEST_F(EntityFinders, RubyErrorsPropagateBeforeTheSdkIsTouched) {
   const char* cases[][2] = {
-      {"qm_fake(model: $m, 'group?': false).tap { |o| def o.entityID; raise IOError, 'no id'; end }", "IOError: no id"},
+      {"qm_fake(model: $m, 'group?': false).tap { |o| def o.entityID; raise IOError, 'no id'; end "
+       "}",
+       "IOError: no id"},
       {"qm_fake(model: $m, entityID: '7', 'group?': false)", "TypeError"},
       {"qm_fake(model: $m, entityID: 2**40, 'group?': false)", "RangeError"},
       {"qm_fake(model: Object.new, entityID: 1, 'group?': false)", "NoMethodError"},
-      {"qm_fake(model: qm_fake(skpdoc: 'not an address'), entityID: 1, 'group?': false)", "TypeError"}};
+      {"qm_fake(model: qm_fake(skpdoc: 'not an address'), entityID: 1, 'group?': false)",
+       "TypeError"}};
   for (auto const& c : cases) {
     const VALUE entity = qmtest::let("$v", eval(c[0]));
     for (Finder const* finder : {&GROUP, &INSTANCE, &DEFINITION}) {
       mark_outputs();
-      EXPECT_EQ(qmtest::raised_by([&] { finder->find(entity); }).rfind(c[1], 0), 0u) << finder->name << " " << c[0];
+      EXPECT_EQ(qmtest::raised_by([&] { finder->find(entity); }).rfind(c[1], 0), 0u)
+          << finder->name << " " << c[0];
       EXPECT_TRUE(untouched()) << finder->name << " " << c[0];
     }
   }

@@ -6,10 +6,10 @@
 #include <random>
 #include <string>
 
-#include "bridge_test_util.h"
 #include <quillmark/geom/geom_transformation.h>
 #include <quillmark/ruby/ruby_geometry.h>
 #include <quillmark/ruby/ruby_handles.h>
+#include "bridge_test_util.h"
 
 using qmtest::eval;
 using qmtest::let;
@@ -27,13 +27,16 @@ bool same(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)
 
 ::testing::AssertionResult same_vector(Geom::Vector3 const& a, Geom::Vector3 const& e) {
   if (same(a.x, e.x) && same(a.y, e.y) && same(a.z, e.z)) return ::testing::AssertionSuccess();
-  return ::testing::AssertionFailure() << a.x << " " << a.y << " " << a.z << " != " << e.x << " " << e.y << " " << e.z;
+  return ::testing::AssertionFailure()
+         << a.x << " " << a.y << " " << a.z << " != " << e.x << " " << e.y << " " << e.z;
 }
 
-::testing::AssertionResult same_matrix(Geom::Transformation const& a, Geom::Transformation const& e) {
+::testing::AssertionResult same_matrix(Geom::Transformation const& a,
+                                       Geom::Transformation const& e) {
   for (int k = 0; k < 16; ++k) {
     if (!same(a.data()[k], e.data()[k]))
-      return ::testing::AssertionFailure() << "element " << k << ": " << a.data()[k] << " != " << e.data()[k];
+      return ::testing::AssertionFailure()
+             << "element " << k << ": " << a.data()[k] << " != " << e.data()[k];
   }
   return ::testing::AssertionSuccess();
 }
@@ -55,7 +58,8 @@ std::string expected_error(const char* written) {
   std::size_t const bar = expected.find('|');
   if (bar == std::string::npos) return expected;
   std::string const how = expected.substr(bar + 1), error_class = expected.substr(0, bar) + ": ";
-  expected = how == "x" ? qmtest::interpreter_error("$v", "x") : qmtest::float_conversion_error(how.substr(2).c_str());
+  expected = how == "x" ? qmtest::interpreter_error("$v", "x")
+                        : qmtest::float_conversion_error(how.substr(2).c_str());
   EXPECT_EQ(expected.rfind(error_class, 0), 0u) << written << ": " << expected;
   return expected;
 }
@@ -110,11 +114,13 @@ TEST(GeometryRoundTrip, EveryTypeThereAndBackAgain) {
     RU::value_to_transformation2(ruby, matrix, f);
     ASSERT_TRUE(same_matrix(matrix, scaled));
     RU::value_to_transformation2(ruby_scaled, matrix, 1.0 / f);
-    for (int k = 0; k < 16; ++k) ASSERT_NEAR(matrix.data()[k], t.data()[k], 4e-16 * std::fabs(t.data()[k]));
+    for (int k = 0; k < 16; ++k)
+      ASSERT_NEAR(matrix.data()[k], t.data()[k], 4e-16 * std::fabs(t.data()[k]));
 
     // Boxes, the first of one point.
-    Geom::BoundingBox3 const box(Geom::Vector3(std::fmin(v.x, w.x), std::fmin(v.y, w.y), std::fmin(v.z, w.z)),
-                                 Geom::Vector3(std::fmax(v.x, w.x), std::fmax(v.y, w.y), std::fmax(v.z, w.z)));
+    Geom::BoundingBox3 const box(
+        Geom::Vector3(std::fmin(v.x, w.x), std::fmin(v.y, w.y), std::fmin(v.z, w.z)),
+        Geom::Vector3(std::fmax(v.x, w.x), std::fmax(v.y, w.y), std::fmax(v.z, w.z)));
     VALUE const ruby_box = let("$b", RU::bb_to_value(box));
     ASSERT_TRUE(truthy("$b.instance_of?(Geom::BoundingBox) && !$b.empty?"));
     Geom::BoundingBox3 box_back;
@@ -131,7 +137,8 @@ TEST(GeometryRoundTrip, EveryTypeThereAndBackAgain) {
     if (round < 2) c = round == 0 ? Geom::Color(0, 0, 0, 0) : Geom::Color(255, 255, 255, 255);
     VALUE const ruby_color = let("$c", RU::color_to_value(c));
     let("$e", rb_ary_new_from_args(4, INT2FIX(c.r), INT2FIX(c.g), INT2FIX(c.b), INT2FIX(c.a)));
-    ASSERT_TRUE(truthy("$c.instance_of?(Sketchup::Color) && [$c.red, $c.green, $c.blue, $c.alpha] == $e"));
+    ASSERT_TRUE(
+        truthy("$c.instance_of?(Sketchup::Color) && [$c.red, $c.green, $c.blue, $c.alpha] == $e"));
     Geom::Color color_back(1, 2, 3, 4);
     RU::value_to_color(ruby_color, color_back);
     ASSERT_EQ(std::memcmp(&color_back, &c, sizeof c), 0);
@@ -139,10 +146,11 @@ TEST(GeometryRoundTrip, EveryTypeThereAndBackAgain) {
 }
 
 TEST(GeometryVectors, OutcomeOfEveryKindOfInput) {
-  eval("class QmXyz; def x; 1; end; def y; 2.5r; end; def z; -3.0; end; end\n"
-       "class QmNoXyz < Geom::Point3d; def x; raise 'x read'; end; end\n"
-       "class QmBadToA < Geom::Point3d; def to_a; 'xyz'; end; end\n"
-       "class QmList < Array; end");
+  eval(
+      "class QmXyz; def x; 1; end; def y; 2.5r; end; def z; -3.0; end; end\n"
+      "class QmNoXyz < Geom::Point3d; def x; raise 'x read'; end; end\n"
+      "class QmBadToA < Geom::Point3d; def to_a; 'xyz'; end; end\n"
+      "class QmList < Array; end");
   const Geom::Vector3 S = SENTINEL;
   // Successes first; for failures the error (see expected_error) and what was stored before
   // the raise. Then the safe form: 'y' when it takes the value as value_to_vector does, 'n'
@@ -154,21 +162,33 @@ TEST(GeometryVectors, OutcomeOfEveryKindOfInput) {
     Geom::Vector3 left;
     char safe;
   } const cases[] = {
-      {"[1.5, -2, 3, :ignored]", "", {1.5, -2, 3}, 'y'}, {"QmList[4, 5, 6]", "", {4, 5, 6}, 'y'},
+      {"[1.5, -2, 3, :ignored]", "", {1.5, -2, 3}, 'y'},
+      {"QmList[4, 5, 6]", "", {4, 5, 6}, 'y'},
       {"[2**53, 1r/4, -0.0]", "", {9007199254740992.0, 0.25, -0.0}, 'y'},
       {"[10**400, -10**400, Float::NAN]", "", {INF, -INF, NaN}, 'y'},
       {"[0.0, 1e-300, -(2**62)]", "", {0, 1e-300, -4611686018427387904.0}, 'y'},
-      {"[Float::INFINITY, 1.7272337110188893e-77, 2.0**-255]", "", {INF, 1.7272337110188893e-77, std::ldexp(1, -255)}, 'y'},
-      {"QmXyz.new", "", {1, 2.5, -3}, 'n'}, {"Geom::Vector3d.new(1, 2, 3)", "", {1, 2, 3}, 'y'},
+      {"[Float::INFINITY, 1.7272337110188893e-77, 2.0**-255]",
+       "",
+       {INF, 1.7272337110188893e-77, std::ldexp(1, -255)},
+       'y'},
+      {"QmXyz.new", "", {1, 2.5, -3}, 'n'},
+      {"Geom::Vector3d.new(1, 2, 3)", "", {1, 2, 3}, 'y'},
       {"Geom::Point3d.new(7, 8, 9)", "", {7, 8, 9}, 'y'},
       {"QmNoXyz.new(4, 5, 6)", "", {4, 5, 6}, '-'},  // a point is read through to_a
-      {"nil", "NoMethodError|x", S, 'n'}, {"true", "NoMethodError|x", S, 'n'}, {"'1, 2, 3'", "NoMethodError|x", S, 'n'},
-      {":xyz", "NoMethodError|x", S, 'n'}, {"Object.new", "NoMethodError|x", S, 'n'},
-      {"10**400", "NoMethodError|x", S, 'n'}, {"Float::NAN", "NoMethodError|x", S, 'n'},
+      {"nil", "NoMethodError|x", S, 'n'},
+      {"true", "NoMethodError|x", S, 'n'},
+      {"'1, 2, 3'", "NoMethodError|x", S, 'n'},
+      {":xyz", "NoMethodError|x", S, 'n'},
+      {"Object.new", "NoMethodError|x", S, 'n'},
+      {"10**400", "NoMethodError|x", S, 'n'},
+      {"Float::NAN", "NoMethodError|x", S, 'n'},
       {"QmBadToA.new", "TypeError: wrong argument type String (expected Array)", S, '-'},
-      {"[]", "TypeError|f:nil", S, 'n'}, {"[1, 2]", "TypeError|f:nil", {1, 2, -7}, 'n'},
-      {"[1, nil, 3]", "TypeError|f:nil", {1, -7, -7}, 'n'}, {"[1, 2, '3']", "TypeError|f:'3'", {1, 2, -7}, 'n'},
-      {"['a', 2, 3]", "TypeError|f:'a'", S, 'n'}, {"[true, 2, 3]", "TypeError|f:true", S, 'n'},
+      {"[]", "TypeError|f:nil", S, 'n'},
+      {"[1, 2]", "TypeError|f:nil", {1, 2, -7}, 'n'},
+      {"[1, nil, 3]", "TypeError|f:nil", {1, -7, -7}, 'n'},
+      {"[1, 2, '3']", "TypeError|f:'3'", {1, 2, -7}, 'n'},
+      {"['a', 2, 3]", "TypeError|f:'a'", S, 'n'},
+      {"[true, 2, 3]", "TypeError|f:true", S, 'n'},
       {"[1, :b, 3]", "TypeError|f::b", {1, -7, -7}, 'n'},
       {"[1, 2, Complex(1, 1)]", "RangeError|f:Complex(1, 1)", {1, 2, -7}, '-'},
   };
@@ -181,7 +201,8 @@ TEST(GeometryVectors, OutcomeOfEveryKindOfInput) {
     if (c.safe == '-') continue;
     bool accepted = c.safe != 'y';
     out = SENTINEL;
-    EXPECT_EQ(raised_by([&] { accepted = RU::value_to_vector_safe(value, out); }), "") << c.expression;
+    EXPECT_EQ(raised_by([&] { accepted = RU::value_to_vector_safe(value, out); }), "")
+        << c.expression;
     EXPECT_EQ(accepted, c.safe == 'y') << c.expression;
     EXPECT_TRUE(same_vector(out, c.safe == 'y' ? c.left : S)) << c.expression;
   }
@@ -200,20 +221,25 @@ TEST(GeometryTransformations, HandsWhatIsNoTransformationToTheHost) {
   // translation and an Array of 16 as the elements.
   Geom::Transformation out;
   RU::value_to_transformation(eval("Geom::Point3d.new(1, 2, 3)"), out);
-  EXPECT_TRUE(same_vector(out.origin, Geom::Vector3(1, 2, 3)) && out.origin.w == 1 && out.data()[0] == 1);
+  EXPECT_TRUE(same_vector(out.origin, Geom::Vector3(1, 2, 3)) && out.origin.w == 1 &&
+              out.data()[0] == 1);
   RU::value_to_transformation(eval("(1..16).to_a"), out);
-  EXPECT_TRUE(same_vector(out.origin, Geom::Vector3(13, 14, 15)) && out.origin.w == 16 && out.data()[0] == 1);
+  EXPECT_TRUE(same_vector(out.origin, Geom::Vector3(13, 14, 15)) && out.origin.w == 16 &&
+              out.data()[0] == 1);
   const char* refused[][2] = {
       {"nil", "TypeError: Cannot convert NilClass to Geom::Transformation"},
       {"Object.new", "TypeError: Cannot convert Object to Geom::Transformation"},
       {"[1]", "ArgumentError: Expected an Array of 16 numbers or a point"},
       {"[1] * 15", "ArgumentError: Expected an Array of 16 numbers or a point"},
-      {"[1] * 15 + [nil]", "TypeError|f:nil"}, {"0", "ArgumentError: Scale cannot be zero"},
+      {"[1] * 15 + [nil]", "TypeError|f:nil"},
+      {"0", "ArgumentError: Scale cannot be zero"},
   };
   for (auto const& r : refused) {
     out.clear();
     VALUE value = let("$v", eval(r[0]));
-    EXPECT_EQ(raised_by([&] { RU::value_to_transformation2(value, out, 2.0); }), expected_error(r[1])) << r[0];
+    EXPECT_EQ(raised_by([&] { RU::value_to_transformation2(value, out, 2.0); }),
+              expected_error(r[1]))
+        << r[0];
     EXPECT_EQ(out.data()[15], 0.0) << r[0] << ": out must stay untouched";
   }
 
@@ -221,39 +247,58 @@ TEST(GeometryTransformations, HandsWhatIsNoTransformationToTheHost) {
   eval("class QmPartial < Geom::Transformation; def to_a; a = super; a[5] = 'x'; a; end; end");
   out.clear();
   VALUE partial = let("$v", eval("QmPartial.new((1..16).to_a)"));
-  EXPECT_EQ(raised_by([&] { RU::value_to_transformation(partial, out); }), qmtest::float_conversion_error("'x'"));
+  EXPECT_EQ(raised_by([&] { RU::value_to_transformation(partial, out); }),
+            qmtest::float_conversion_error("'x'"));
   for (int k = 0; k < 16; ++k) EXPECT_EQ(out.data()[k], k < 5 ? k + 1.0 : 0.0) << k;
 }
 
 TEST(GeometryTransformations, AffineFormDividesTheWeightAndChecksTheAxes) {
-  const char* P = "TypeError: Expected a uniform transformation, where axes are perpendicular to each other.";
-  const char* F = "TypeError: Expected a non-flat transformation, where axes are non-zero-lengthed.";
+  const char* P =
+      "TypeError: Expected a uniform transformation, where axes are perpendicular to each other.";
+  const char* F =
+      "TypeError: Expected a non-flat transformation, where axes are non-zero-lengthed.";
   // Each case: changes to the identity by element (column-major), then the error or the
   // changes the result has, "=" when they are the input's.
-  eval("def qm_matrix(changes); a = [1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1]; changes.each { |k, v| a[k] = v }; "
-       "Geom::Transformation.new(a); end");
+  eval(
+      "def qm_matrix(changes); a = [1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1]; changes.each { |k, v| "
+      "a[k] = v }; "
+      "Geom::Transformation.new(a); end");
   const char* cases[][3] = {
       // Weight 2 over axes of length 2: unit axes and half the translation.
       {"{0=>2, 5=>2, 10=>2, 12=>4, 13=>6, 14=>8, 15=>2}", "", "{12=>2, 13=>3, 14=>4}"},
       {"{12=>1, 15=>-0.5}", "", "{0=>-2, 5=>-2, 10=>-2, 12=>-2}"},
       // Non-uniform and mirrored axes pass unchanged; the projective row is never read.
-      {"{0=>2}", "", "="}, {"{0=>-1, 10=>3, 12=>1, 13=>2, 14=>3}", "", "="},
+      {"{0=>2}", "", "="},
+      {"{0=>-1, 10=>3, 12=>1, 13=>2, 14=>3}", "", "="},
       {"{3=>9, 7=>9, 11=>9, 12=>1, 13=>2, 14=>3}", "", "{12=>1, 13=>2, 14=>3}"},
       // A weight at or below 1e-6 in size, or NaN, divides nothing.
-      {"{12=>5, 15=>1e-7}", "", "{12=>5}"}, {"{12=>5, 15=>1e-6}", "", "{12=>5}"},
-      {"{12=>5, 15=>-1e-6}", "", "{12=>5}"}, {"{12=>5, 15=>Float::NAN}", "", "{12=>5}"},
+      {"{12=>5, 15=>1e-7}", "", "{12=>5}"},
+      {"{12=>5, 15=>1e-6}", "", "{12=>5}"},
+      {"{12=>5, 15=>-1e-6}", "", "{12=>5}"},
+      {"{12=>5, 15=>Float::NAN}", "", "{12=>5}"},
       // Perpendicular means |dot| strictly below 0.001, for each pair of axes.
-      {"{4=>0.5}", P, ""}, {"{4=>0.001}", P, ""}, {"{4=>-0.001}", P, ""}, {"{4=>0.0009765625}", "", "="},
-      {"{8=>0.001}", P, ""}, {"{9=>0.001}", P, ""}, {"{9=>Float::NAN}", P, ""},
+      {"{4=>0.5}", P, ""},
+      {"{4=>0.001}", P, ""},
+      {"{4=>-0.001}", P, ""},
+      {"{4=>0.0009765625}", "", "="},
+      {"{8=>0.001}", P, ""},
+      {"{9=>0.001}", P, ""},
+      {"{9=>Float::NAN}", P, ""},
       // Axes shorter than 1e-6 are flat; exactly 1e-6 is not.
-      {"{10=>0}", F, ""}, {"{0=>0}", F, ""}, {"{5=>9.9e-7}", F, ""}, {"{10=>1e7, 15=>1e7}", F, ""},
-      {"{10=>1e-6}", "", "="}, {"{10=>-1e-6}", "", "="},
+      {"{10=>0}", F, ""},
+      {"{0=>0}", F, ""},
+      {"{5=>9.9e-7}", F, ""},
+      {"{10=>1e7, 15=>1e7}", F, ""},
+      {"{10=>1e-6}", "", "="},
+      {"{10=>-1e-6}", "", "="},
   };
   for (auto const& c : cases) {
     Geom::Transformation out, expected;
     out.clear();
     expected.clear();  // untouched on error
-    auto matrix = [](const char* changes) { return eval(("qm_matrix(" + std::string(changes) + ")").c_str()); };
+    auto matrix = [](const char* changes) {
+      return eval(("qm_matrix(" + std::string(changes) + ")").c_str());
+    };
     VALUE value = let("$t", matrix(c[0]));
     EXPECT_EQ(raised_by([&] { RU::value_to_transformation3(value, out); }), c[1]) << c[0];
     if (*c[1] == '\0') RU::value_to_transformation(matrix(*c[2] == '=' ? c[0] : c[2]), expected);
@@ -265,39 +310,50 @@ TEST(GeometryTransformations, AffineFormKeepsRigidMotionsWithAnyAxisScales) {
   std::mt19937 rng(3);
   std::uniform_real_distribution<double> angle(-Geom::PI, Geom::PI), scale(0.01, 100.0);
   for (int round = 0; round < qmtest::rounds(100); ++round) {
-    Geom::Transformation t = Geom::Transformation::rotate(random_vector(rng).normalize(), angle(rng));
+    Geom::Transformation t =
+        Geom::Transformation::rotate(random_vector(rng).normalize(), angle(rng));
     t.x_axis.scale_self(scale(rng) * (rng() % 2 ? 1 : -1));
     t.y_axis.scale_self(scale(rng));
     t.z_axis.scale_self(scale(rng));
-    t.origin = Geom::Vector4(random_coordinate(rng), random_coordinate(rng), random_coordinate(rng), 1.0);
+    t.origin =
+        Geom::Vector4(random_coordinate(rng), random_coordinate(rng), random_coordinate(rng), 1.0);
     double const weight = (round % 3 == 0) ? 1.0 : scale(rng);
     Geom::Transformation weighted = t, out;
-    for (Geom::Vector4* column : {&weighted.x_axis, &weighted.y_axis, &weighted.z_axis, &weighted.origin})
+    for (Geom::Vector4* column :
+         {&weighted.x_axis, &weighted.y_axis, &weighted.z_axis, &weighted.origin})
       column->scale_self(weight);
     weighted.origin.w = weight;
     VALUE ruby = RU::transformation_to_value(weighted);
     ASSERT_EQ(raised_by([&] { RU::value_to_transformation3(ruby, out); }), "") << "round " << round;
     for (int k = 0; k < 16; ++k)
-      ASSERT_NEAR(out.data()[k], t.data()[k], 1e-13 * (1.0 + std::fabs(t.data()[k]))) << round << " element " << k;
+      ASSERT_NEAR(out.data()[k], t.data()[k], 1e-13 * (1.0 + std::fabs(t.data()[k])))
+          << round << " element " << k;
   }
 }
 
 TEST(GeometryBoxes, EmptyBoxesGetNoAddAndOthersMinThenMax) {
-  eval("module QmRecordAdds; def add(*args); $adds << args.map(&:to_a); super; end; end\n"
-       "Geom::BoundingBox.prepend(QmRecordAdds)");
+  eval(
+      "module QmRecordAdds; def add(*args); $adds << args.map(&:to_a); super; end; end\n"
+      "Geom::BoundingBox.prepend(QmRecordAdds)");
   // min and max per case; inverted on one axis, or NaN anywhere, is empty.
-  const Geom::Vector3 corners[][2] = {
-      {{1e15, 1e15, 1e15}, {-1e15, -1e15, -1e15}}, {{0, 0, 0}, {1, -1, 1}}, {{0, 0, 2}, {1, 1, 1}},
-      {{2, 0, 0}, {1, 1, 1}}, {{NaN, 0, 0}, {1, 1, 1}}, {{0, 0, 0}, {1, 1, NaN}},
-      {{1, 2, 3}, {1, 2, 3}}, {{-1, -2, -3}, {4, 5, 6}}};
+  const Geom::Vector3 corners[][2] = {{{1e15, 1e15, 1e15}, {-1e15, -1e15, -1e15}},
+                                      {{0, 0, 0}, {1, -1, 1}},
+                                      {{0, 0, 2}, {1, 1, 1}},
+                                      {{2, 0, 0}, {1, 1, 1}},
+                                      {{NaN, 0, 0}, {1, 1, 1}},
+                                      {{0, 0, 0}, {1, 1, NaN}},
+                                      {{1, 2, 3}, {1, 2, 3}},
+                                      {{-1, -2, -3}, {4, 5, 6}}};
   for (auto const& c : corners) {
     bool const empty = !(c[1].x >= c[0].x && c[1].y >= c[0].y && c[1].z >= c[0].z);
     eval("$adds = []");
     let("$b", RU::bb_to_value2(Geom::BoundingBox3(c[0], c[1]), 2.0));
     EXPECT_EQ(truthy("$b.empty?"), empty);
     for (int k = 0; k < 2; ++k)
-      let(k == 0 ? "$min" : "$max", rb_ary_new_from_args(3, DBL2NUM(2 * c[k].x), DBL2NUM(2 * c[k].y), DBL2NUM(2 * c[k].z)));
-    EXPECT_TRUE(truthy(empty ? "$adds == []" : "$adds == [[$min], [$max]]")) << (empty ? "empty" : "full");
+      let(k == 0 ? "$min" : "$max",
+          rb_ary_new_from_args(3, DBL2NUM(2 * c[k].x), DBL2NUM(2 * c[k].y), DBL2NUM(2 * c[k].z)));
+    EXPECT_TRUE(truthy(empty ? "$adds == []" : "$adds == [[$min], [$max]]"))
+        << (empty ? "empty" : "full");
   }
   eval("module QmRecordAdds; def add(*args); super; end; end; $min = $max = nil");
 
@@ -309,19 +365,22 @@ TEST(GeometryBoxes, EmptyBoxesGetNoAddAndOthersMinThenMax) {
 }
 
 TEST(GeometryBoxes, OnlyBoundingBoxesAreRead) {
-  eval("class QmBox < Geom::BoundingBox; end\n"
-       "class QmBadMax < Geom::BoundingBox; def max; nil; end; end");
-  for (const char* expression :
-       {"nil", "'box'", ":box", "Object.new", "[[0, 0, 0], [1, 1, 1]]", "Geom::Point3d.new", "10**400"}) {
+  eval(
+      "class QmBox < Geom::BoundingBox; end\n"
+      "class QmBadMax < Geom::BoundingBox; def max; nil; end; end");
+  for (const char* expression : {"nil", "'box'", ":box", "Object.new", "[[0, 0, 0], [1, 1, 1]]",
+                                 "Geom::Point3d.new", "10**400"}) {
     Geom::BoundingBox3 out(SENTINEL, SENTINEL);
     VALUE value = let("$v", eval(expression));
-    EXPECT_EQ(raised_by([&] { RU::value_to_bb2(value, out, 2.0); }), "TypeError: Expected Geom::BoundingBox")
+    EXPECT_EQ(raised_by([&] { RU::value_to_bb2(value, out, 2.0); }),
+              "TypeError: Expected Geom::BoundingBox")
         << expression;
     EXPECT_TRUE(same_vector(out.min, SENTINEL) && same_vector(out.max, SENTINEL)) << expression;
   }
   Geom::BoundingBox3 out;
   RU::value_to_bb(eval("QmBox.new.add([1, 2, 3], [4, 5, 6])"), out);
-  EXPECT_TRUE(same_vector(out.min, Geom::Vector3(1, 2, 3)) && same_vector(out.max, Geom::Vector3(4, 5, 6)));
+  EXPECT_TRUE(same_vector(out.min, Geom::Vector3(1, 2, 3)) &&
+              same_vector(out.max, Geom::Vector3(4, 5, 6)));
 
   // A max that cannot be read leaves min written and max as it was.
   out = Geom::BoundingBox3(SENTINEL, SENTINEL);
@@ -339,14 +398,18 @@ TEST(GeometryColors, HandsWhatIsNoColorToTheHostAndKeepsTheLowByteOfEachChannel)
   RU::value_to_color(eval("[1, 2, 3, 4]"), out);
   EXPECT_EQ(std::memcmp(&out, &rgba, sizeof out), 0);
   out = U;
-  EXPECT_EQ(raised_by([&] { RU::value_to_color(Qnil, out); }), "TypeError: Cannot convert NilClass to Sketchup::Color");
+  EXPECT_EQ(raised_by([&] { RU::value_to_color(Qnil, out); }),
+            "TypeError: Cannot convert NilClass to Sketchup::Color");
   EXPECT_EQ(std::memcmp(&out, &U, sizeof out), 0);
   // A channel that does not fit an int raises, in NUM2INT's own words, after the channels
   // before it are stored.
-  eval("class QmWideColor < Sketchup::Color; def red; 300; end; def green; -1; end; def blue; 2**40; end; end");
+  eval(
+      "class QmWideColor < Sketchup::Color; def red; 300; end; def green; -1; end; def blue; "
+      "2**40; end; end");
   VALUE const too_wide = let("$v", eval("2**40")), color = let("$c", eval("QmWideColor.new"));
   std::string const expected = raised_by([&] { static_cast<void>(NUM2INT(too_wide)); });
   ASSERT_EQ(expected.rfind("RangeError: ", 0), 0u) << expected;
   EXPECT_EQ(raised_by([&] { RU::value_to_color(color, out); }), expected);
-  EXPECT_EQ(std::memcmp(&out, &wide, sizeof out), 0) << int(out.r) << " " << int(out.g) << " " << int(out.b);
+  EXPECT_EQ(std::memcmp(&out, &wide, sizeof out), 0)
+      << int(out.r) << " " << int(out.g) << " " << int(out.b);
 }

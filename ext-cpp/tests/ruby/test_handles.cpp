@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "embedded_ruby.h"
 #include <quillmark/ruby/ruby_handles.h>
+#include "embedded_ruby.h"
 
 // The expected tables are written out here independently of the implementation's own, in
 // the order the cache must fill them, so a swapped row or a wrong name on either side shows.
@@ -19,28 +19,49 @@ struct Slot {
 };
 
 const std::vector<Slot<VALUE>> CLASSES = {
-    {&RU::SU_SKETCHUP, "Sketchup"}, {&RU::SU_COLOR, "Sketchup::Color"}, {&RU::SU_GROUP, "Sketchup::Group"},
-    {&RU::SU_ENTITIES, "Sketchup::Entities"}, {&RU::SU_ENTITY, "Sketchup::Entity"},
+    {&RU::SU_SKETCHUP, "Sketchup"},
+    {&RU::SU_COLOR, "Sketchup::Color"},
+    {&RU::SU_GROUP, "Sketchup::Group"},
+    {&RU::SU_ENTITIES, "Sketchup::Entities"},
+    {&RU::SU_ENTITY, "Sketchup::Entity"},
     {&RU::SU_DRAWING_ELEMENT, "Sketchup::Drawingelement"},
     {&RU::SU_COMPONENT_INSTANCE, "Sketchup::ComponentInstance"},
-    {&RU::SU_COMPONENT_DEFINITION, "Sketchup::ComponentDefinition"}, {&RU::SU_MODEL, "Sketchup::Model"},
-    {&RU::SU_CAMERA, "Sketchup::Camera"}, {&RU::SU_TEXT, "Sketchup::Text"}, {&RU::SU_FACE, "Sketchup::Face"},
-    {&RU::SU_EDGE, "Sketchup::Edge"}, {&RU::SU_CONSTRUCTION_POINT, "Sketchup::ConstructionPoint"},
-    {&RU::SU_CONSTRUCTION_LINE, "Sketchup::ConstructionLine"}, {&RU::SU_MATERIAL, "Sketchup::Material"},
-    {&RU::SU_LANGUAGE_HANDLER, "LanguageHandler"}, {&RU::SU_GEOM, "Geom"}, {&RU::SU_POINT3D, "Geom::Point3d"},
-    {&RU::SU_VECTOR3D, "Geom::Vector3d"}, {&RU::SU_TRANSFORMATION, "Geom::Transformation"},
-    {&RU::SU_BOUNDING_BOX, "Geom::BoundingBox"}, {&RU::SU_POLYGON_MESH, "Geom::PolygonMesh"},
+    {&RU::SU_COMPONENT_DEFINITION, "Sketchup::ComponentDefinition"},
+    {&RU::SU_MODEL, "Sketchup::Model"},
+    {&RU::SU_CAMERA, "Sketchup::Camera"},
+    {&RU::SU_TEXT, "Sketchup::Text"},
+    {&RU::SU_FACE, "Sketchup::Face"},
+    {&RU::SU_EDGE, "Sketchup::Edge"},
+    {&RU::SU_CONSTRUCTION_POINT, "Sketchup::ConstructionPoint"},
+    {&RU::SU_CONSTRUCTION_LINE, "Sketchup::ConstructionLine"},
+    {&RU::SU_MATERIAL, "Sketchup::Material"},
+    {&RU::SU_LANGUAGE_HANDLER, "LanguageHandler"},
+    {&RU::SU_GEOM, "Geom"},
+    {&RU::SU_POINT3D, "Geom::Point3d"},
+    {&RU::SU_VECTOR3D, "Geom::Vector3d"},
+    {&RU::SU_TRANSFORMATION, "Geom::Transformation"},
+    {&RU::SU_BOUNDING_BOX, "Geom::BoundingBox"},
+    {&RU::SU_POLYGON_MESH, "Geom::PolygonMesh"},
 };
 
 // A sample across the cache's 172 names, in its order: the first and the last, setters,
 // predicates, bang methods and operators, and the names the bridge itself calls.
 const std::vector<Slot<ID>> IDS = {
-    {&RU::INTERN_TO_A, "to_a"}, {&RU::INTERN_INSPECT, "inspect"}, {&RU::INTERN_SRED, "red="},
-    {&RU::INTERN_TPERSPECTIVE, "perspective?"}, {&RU::INTERN_PICKRAY, "pickray"},
-    {&RU::INTERN_ENTITYID, "entityID"}, {&RU::INTERN_POLYGON_POINTS_AT, "polygon_points_at"},
-    {&RU::INTERN_EMOVE, "move!"}, {&RU::INTERN_EERASE, "erase!"}, {&RU::INTERN_IS_64BIT, "is_64bit?"},
-    {&RU::INTERN_TRANSFORM_BY_VECTORS, "transform_by_vectors"}, {&RU::INTERN_SKPDOC, "skpdoc"},
-    {&RU::INTERN_OP_SQUARE_BRACKETS, "[]"}, {&RU::INTERN_OP_ASTERISKS, "*"}, {&RU::INTERN_OP_ADD, "+"},
+    {&RU::INTERN_TO_A, "to_a"},
+    {&RU::INTERN_INSPECT, "inspect"},
+    {&RU::INTERN_SRED, "red="},
+    {&RU::INTERN_TPERSPECTIVE, "perspective?"},
+    {&RU::INTERN_PICKRAY, "pickray"},
+    {&RU::INTERN_ENTITYID, "entityID"},
+    {&RU::INTERN_POLYGON_POINTS_AT, "polygon_points_at"},
+    {&RU::INTERN_EMOVE, "move!"},
+    {&RU::INTERN_EERASE, "erase!"},
+    {&RU::INTERN_IS_64BIT, "is_64bit?"},
+    {&RU::INTERN_TRANSFORM_BY_VECTORS, "transform_by_vectors"},
+    {&RU::INTERN_SKPDOC, "skpdoc"},
+    {&RU::INTERN_OP_SQUARE_BRACKETS, "[]"},
+    {&RU::INTERN_OP_ASTERISKS, "*"},
+    {&RU::INTERN_OP_ADD, "+"},
     {&RU::INTERN_OP_SUBTRACT, "-"},
 };
 
@@ -50,17 +71,26 @@ struct FacePoint {
   int legacy;
 };
 const std::vector<FacePoint> FACE_POINTS = {
-    {&RU::SU_FACE_POINT_UNKNOWN, "PointUnknown", 0}, {&RU::SU_FACE_POINT_INSIDE, "PointInside", 1},
-    {&RU::SU_FACE_POINT_ON_VERTEX, "PointOnVertex", 2}, {&RU::SU_FACE_POINT_ON_EDGE, "PointOnEdge", 4},
-    {&RU::SU_FACE_POINT_ON_FACE, "PointOnFace", 8}, {&RU::SU_FACE_POINT_ON_OUTSIDE, "PointOutside", 16},
+    {&RU::SU_FACE_POINT_UNKNOWN, "PointUnknown", 0},
+    {&RU::SU_FACE_POINT_INSIDE, "PointInside", 1},
+    {&RU::SU_FACE_POINT_ON_VERTEX, "PointOnVertex", 2},
+    {&RU::SU_FACE_POINT_ON_EDGE, "PointOnEdge", 4},
+    {&RU::SU_FACE_POINT_ON_FACE, "PointOnFace", 8},
+    {&RU::SU_FACE_POINT_ON_OUTSIDE, "PointOutside", 16},
     {&RU::SU_FACE_POINT_NOT_ON_PLANE, "PointNotOnPlane", 32},
 };
 
 const std::vector<Slot<VALUE>> GL = {
-    {&RU::SU_GL_POINTS, "GL_POINTS"}, {&RU::SU_GL_LINES, "GL_LINES"}, {&RU::SU_GL_LINE_STRIP, "GL_LINE_STRIP"},
-    {&RU::SU_GL_LINE_LOOP, "GL_LINE_LOOP"}, {&RU::SU_GL_TRIANGLES, "GL_TRIANGLES"},
-    {&RU::SU_GL_TRIANGLE_STRIP, "GL_TRIANGLE_STRIP"}, {&RU::SU_GL_TRIANGLE_FAN, "GL_TRIANGLE_FAN"},
-    {&RU::SU_GL_QUADS, "GL_QUADS"}, {&RU::SU_GL_QUAD_STRIP, "GL_QUAD_STRIP"}, {&RU::SU_GL_POLYGON, "GL_POLYGON"},
+    {&RU::SU_GL_POINTS, "GL_POINTS"},
+    {&RU::SU_GL_LINES, "GL_LINES"},
+    {&RU::SU_GL_LINE_STRIP, "GL_LINE_STRIP"},
+    {&RU::SU_GL_LINE_LOOP, "GL_LINE_LOOP"},
+    {&RU::SU_GL_TRIANGLES, "GL_TRIANGLES"},
+    {&RU::SU_GL_TRIANGLE_STRIP, "GL_TRIANGLE_STRIP"},
+    {&RU::SU_GL_TRIANGLE_FAN, "GL_TRIANGLE_FAN"},
+    {&RU::SU_GL_QUADS, "GL_QUADS"},
+    {&RU::SU_GL_QUAD_STRIP, "GL_QUAD_STRIP"},
+    {&RU::SU_GL_POLYGON, "GL_POLYGON"},
 };
 
 // How many rows from the start are filled; a filled row after an empty one fails the test.
@@ -68,7 +98,8 @@ template <class Rows>
 size_t filled(Rows const& rows) {
   size_t n = 0;
   while (n < rows.size() && *rows[n].slot != 0) ++n;
-  for (size_t i = n; i < rows.size(); ++i) EXPECT_EQ(*rows[i].slot, 0u) << rows[i].name << " filled after a gap";
+  for (size_t i = n; i < rows.size(); ++i)
+    EXPECT_EQ(*rows[i].slot, 0u) << rows[i].name << " filled after a gap";
   return n;
 }
 
@@ -136,7 +167,8 @@ TEST_F(HandleCache, FacePointsAreIntegersBefore9AndTheHostsConstantsFrom9) {
   EXPECT_EQ(RU::SU_MAJOR_VERSION, 9);
   for (auto const& h : FACE_POINTS)
     EXPECT_EQ(*h.slot, qmtest::eval(("Sketchup::Face::" + std::string(h.name)).c_str())) << h.name;
-  qmtest::eval("HostStandin::FACE_POINT_CONSTANTS.each_key { |c| Sketchup::Face.send(:remove_const, c) }");
+  qmtest::eval(
+      "HostStandin::FACE_POINT_CONSTANTS.each_key { |c| Sketchup::Face.send(:remove_const, c) }");
 }
 
 TEST_F(HandleCache, Only64BitTrueCounts) {
@@ -165,18 +197,21 @@ TEST_F(HandleCache, TheFillStopsAtTheFirstRowItCannotRead) {
       {"Sketchup.send(:remove_const, :Camera)", "module Sketchup; class Camera; end; end",
        "NameError: uninitialized constant Sketchup::Camera", 9, 0, 0, 0, 0},
       {"Sketchup.send(:remove_const, :Camera); ::Camera = Class.new",
-       "Object.send(:remove_const, :Camera); module Sketchup; class Camera; end; end", "NameError", 9, 0, 0, 0, 0},
+       "Object.send(:remove_const, :Camera); module Sketchup; class Camera; end; end", "NameError",
+       9, 0, 0, 0, 0},
       {"$saved = Geom::Point3d; Geom.send(:remove_const, :Point3d); ::Point3d = $saved",
        "Geom.const_set(:Point3d, $saved); Object.send(:remove_const, :Point3d)",
        "NameError: uninitialized constant Geom::Point3d", 18, 0, 0, 0, 0},
       {"$saved = LanguageHandler; Object.send(:remove_const, :LanguageHandler); "
        "module HostMixin; LanguageHandler = $saved; end; Object.include(HostMixin)",
-       "HostMixin.send(:remove_const, :LanguageHandler); Object.const_set(:LanguageHandler, $saved)", "",
-       all, ids, 17, faces, GL.size()},
-      {"HostStandin.version = '4294967296.1'", "HostStandin.reset", "RangeError", all, ids, 0, 0, 0},
+       "HostMixin.send(:remove_const, :LanguageHandler); Object.const_set(:LanguageHandler, "
+       "$saved)",
+       "", all, ids, 17, faces, GL.size()},
+      {"HostStandin.version = '4294967296.1'", "HostStandin.reset", "RangeError", all, ids, 0, 0,
+       0},
       {"$saved = GL_TRIANGLES; Object.send(:remove_const, :GL_TRIANGLES)",
-       "Object.const_set(:GL_TRIANGLES, $saved)", "NameError: uninitialized constant GL_TRIANGLES", all,
-       ids, 17, faces, 4},
+       "Object.const_set(:GL_TRIANGLES, $saved)", "NameError: uninitialized constant GL_TRIANGLES",
+       all, ids, 17, faces, 4},
   };
   for (Case const& c : cases) {
     qmtest::eval(c.breaks);
@@ -211,7 +246,8 @@ TEST(WithoutHost, TheFillFailsAtTheFirstLookupAndLeavesEveryHandleZero) {
     EXPECT_EQ(RU::SU_MAJOR_VERSION, 0);
     EXPECT_FALSE(RU::SU_IS_64BIT);
     if (pass == 0) {
-      EXPECT_EQ(qmtest::raised_by([] { RU::init_ruby(); }), "NameError: uninitialized constant Sketchup");
+      EXPECT_EQ(qmtest::raised_by([] { RU::init_ruby(); }),
+                "NameError: uninitialized constant Sketchup");
     }
   }
 }

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "bridge_test_util.h"
 #include <quillmark/ruby/ruby_strings.h>
+#include "bridge_test_util.h"
 
 using qmtest::bytes_of;
 using qmtest::eval;
@@ -51,13 +51,15 @@ TEST(StringsToValue, ByteStringsKeepEveryByteAndAreTaggedUtf8) {
 
 TEST(StringsToValue, WideStringsMatchTheInterpretersOwnEncoding) {
   // Every boundary of the UTF-8 length classes first, then random text over the whole range.
-  std::vector<wchar_t> units = {0x1, 0x7F, 0x80, 0x7FF, 0x800, 0xD7FF, 0xE000, 0xFFFD, 0xFFFF, 0x10000, 0x10FFFF, 0x41};
+  std::vector<wchar_t> units = {0x1,    0x7F,   0x80,   0x7FF,   0x800,    0xD7FF,
+                                0xE000, 0xFFFD, 0xFFFF, 0x10000, 0x10FFFF, 0x41};
   std::mt19937 rng(20240611);
   for (int round = 0; round < qmtest::rounds(200); ++round) {
     VALUE codes = let("$codes", rb_ary_new());
     for (wchar_t unit : units) rb_ary_push(codes, UINT2NUM(static_cast<std::uint32_t>(unit)));
     VALUE counted = let("$s", RU::to_value(units.data(), static_cast<unsigned>(units.size())));
-    ASSERT_TRUE(truthy("$s == $codes.pack('U*') && $s.encoding == Encoding::UTF_8 && $s.length == $codes.size"))
+    ASSERT_TRUE(truthy(
+        "$s == $codes.pack('U*') && $s.encoding == Encoding::UTF_8 && $s.length == $codes.size"))
         << "round " << round;
     units.push_back(0);
     ASSERT_EQ(bytes_of(RU::to_value(units.data())), bytes_of(counted));
@@ -90,7 +92,8 @@ TEST(StringsValueToWide, RoundTripsTheWholeUnicodeRange) {
   for (int round = 0; round < qmtest::rounds(200); ++round) {
     std::vector<wchar_t> units(rng() % 50);
     // Every fourth text is pure ASCII, which takes a path of its own.
-    for (wchar_t& unit : units) unit = round % 4 == 0 ? static_cast<wchar_t>(1 + rng() % 0x7F) : random_scalar(rng);
+    for (wchar_t& unit : units)
+      unit = round % 4 == 0 ? static_cast<wchar_t>(1 + rng() % 0x7F) : random_scalar(rng);
     VALUE string = RU::to_value(units.data(), static_cast<unsigned>(units.size()));
     ASSERT_EQ(wide_of(string, error), units) << "round " << round;
     ASSERT_EQ(error, "");
@@ -102,11 +105,14 @@ TEST(StringsValueToWide, ReadsCodePointsOfTheStringsOwnEncodingThroughToStr) {
   eval("class QmTextLike; def to_str; \"h\\u00E9\"; end; end");
   for (const char* expression :
        {"\"a\\u00E9\\u{1F600}\".encode('UTF-16LE')", "\"x\\u{10FFFF}y\".encode('UTF-32BE')",
-        "\"\\u65E5a\".encode('EUC-JP')", "\"\\xE9t\\xE9\".b", "'abc'.encode('UTF-16BE')", "''", "QmTextLike.new",
-        "\"a\\u00E9\\u00FF\".encode('ISO-8859-1')", "\"\\u65E5\".encode('Shift_JIS')"}) {
-    VALUE codes = let("$codes", eval(("String(" + std::string(expression) + ").codepoints").c_str()));
+        "\"\\u65E5a\".encode('EUC-JP')", "\"\\xE9t\\xE9\".b", "'abc'.encode('UTF-16BE')", "''",
+        "QmTextLike.new", "\"a\\u00E9\\u00FF\".encode('ISO-8859-1')",
+        "\"\\u65E5\".encode('Shift_JIS')"}) {
+    VALUE codes =
+        let("$codes", eval(("String(" + std::string(expression) + ").codepoints").c_str()));
     std::vector<wchar_t> expected;
-    for (long i = 0; i < RARRAY_LEN(codes); ++i) expected.push_back(NUM2INT(rb_ary_entry(codes, i)));
+    for (long i = 0; i < RARRAY_LEN(codes); ++i)
+      expected.push_back(NUM2INT(rb_ary_entry(codes, i)));
     std::string error;
     EXPECT_EQ(wide_of(eval(expression), error), expected) << expression;
     EXPECT_EQ(error, "") << expression;
@@ -118,15 +124,23 @@ TEST(StringsValueToWide, RefusesWhatIsNoStringAndBrokenSequences) {
   // Broken byte sequences at the start, in the middle and cut short at the end: the array
   // that would have held the result must not leak (the leak-check run sees to that).
   const char* cases[][2] = {
-      {"nil", nullptr}, {"true", nullptr}, {"10**400", nullptr}, {":sym", nullptr}, {"Object.new", nullptr},
+      {"nil", nullptr},
+      {"true", nullptr},
+      {"10**400", nullptr},
+      {":sym", nullptr},
+      {"Object.new", nullptr},
       {"\"\\xFFabc\".force_encoding('UTF-8')", "ArgumentError: invalid byte sequence in UTF-8"},
       {"\"ab\\xC3(cd\".force_encoding('UTF-8')", "ArgumentError: invalid byte sequence in UTF-8"},
-      {"\"abc\\xE3\\x81\".force_encoding('UTF-8')", "ArgumentError: invalid byte sequence in UTF-8"},
-      {"\"\\xD8\\x00\".force_encoding('UTF-16BE')", "ArgumentError: invalid byte sequence in UTF-16BE"},
+      {"\"abc\\xE3\\x81\".force_encoding('UTF-8')",
+       "ArgumentError: invalid byte sequence in UTF-8"},
+      {"\"\\xD8\\x00\".force_encoding('UTF-16BE')",
+       "ArgumentError: invalid byte sequence in UTF-16BE"},
   };
   for (auto const& c : cases) {
-    std::string const expected = c[1] ? c[1] : qmtest::raised(("'' + " + std::string(c[0])).c_str());
-    ASSERT_EQ(expected.rfind(c[1] ? "ArgumentError" : "TypeError: no implicit conversion", 0), 0u) << expected;
+    std::string const expected =
+        c[1] ? c[1] : qmtest::raised(("'' + " + std::string(c[0])).c_str());
+    ASSERT_EQ(expected.rfind(c[1] ? "ArgumentError" : "TypeError: no implicit conversion", 0), 0u)
+        << expected;
     std::string error;
     EXPECT_TRUE(wide_of(eval(c[0]), error).empty()) << c[0];
     EXPECT_EQ(error, expected) << c[0];
@@ -162,7 +176,8 @@ TEST(ArrayDeleteFirst, MatchesByIdentityAndRefusesWhatIsNotAnArray) {
   for (const char* expression : {"nil", "'[1, 2]'", ":a", "{1 => 2}", "Object.new"}) {
     VALUE value = let("$v", eval(expression));
     let("$before", eval("$v.inspect"));
-    EXPECT_EQ(raised_by([&] { RU::array_delete_first(value, INT2FIX(1)); }), "TypeError: Expected an Array object!")
+    EXPECT_EQ(raised_by([&] { RU::array_delete_first(value, INT2FIX(1)); }),
+              "TypeError: Expected an Array object!")
         << expression;
     EXPECT_TRUE(truthy("$v.inspect == $before")) << expression;
   }

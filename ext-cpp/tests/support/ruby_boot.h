@@ -40,7 +40,12 @@ inline int load_host(const char* host_ruby_dir) {
 /// Fills the handle cache under rb_protect; answers the state (0: filled).
 inline int fill_cache() {
   int state = 0;
-  rb_protect([](VALUE) -> VALUE { RU::init_ruby(); return Qnil; }, Qnil, &state);
+  rb_protect(
+      [](VALUE) -> VALUE {
+        RU::init_ruby();
+        return Qnil;
+      },
+      Qnil, &state);
   return state;
 }
 

@@ -11,7 +11,7 @@ namespace test_sync {
 /// generous guard ran out first, which in these tests means a thread never showed up: the
 /// guard only turns a hang into a failure, it never paces a test.
 class Rendezvous {
-public:
+ public:
   explicit Rendezvous(int expected) : expected_(expected) {}
 
   bool arrive_and_wait() {
@@ -33,7 +33,7 @@ public:
     cond_.notify_all();
   }
 
-private:
+ private:
   std::mutex mutex_;
   std::condition_variable cond_;
   int expected_;

@@ -30,7 +30,8 @@ TEST(BitBuffer, NewBuffersAndGrowthSizes) {
   EXPECT_EQ(bytes_of(pow2), expected);
   // The power of two counts bytes, not the growth; an index in the last byte is already
   // addressable, so nothing moves.
-  for (auto c : {std::vector<unsigned long>{1, 7, 1}, {1, 8, 2}, {3, 24, 4}, {3, 40, 8}, {5, 39, 5}}) {
+  for (auto c :
+       {std::vector<unsigned long>{1, 7, 1}, {1, 8, 2}, {3, 24, 4}, {3, 40, 8}, {5, 39, 5}}) {
     BitBuffer b(c[0]);
     b.reserve_pow2(c[1]);
     EXPECT_EQ(b.get_size(), c[2]) << c[0] << " bytes, bit " << c[1];
@@ -76,7 +77,10 @@ TEST(BitBuffer, MatchesVectorOfBoolOverRandomOperations) {
       switch (rng() % 20) {
         case 0: {  // grow, either way, sometimes within the buffer; bounded to stay small
           const unsigned long target = rng() % 4096;
-          if (rng() % 2 == 0) buffer.reserve(target); else buffer.reserve_pow2(target);
+          if (rng() % 2 == 0)
+            buffer.reserve(target);
+          else
+            buffer.reserve_pow2(target);
           ASSERT_GT(buffer.get_size() * 8, target);
           model.resize(buffer.get_size() * 8, false);
           break;
@@ -100,15 +104,22 @@ TEST(BitBuffer, MatchesVectorOfBoolOverRandomOperations) {
           ASSERT_EQ(buffer.count_set_bits(),
                     static_cast<std::uint64_t>(std::count(model.begin(), model.end(), true)));
           break;
-        case 4: case 5: case 6:
+        case 4:
+        case 5:
+        case 6:
           buffer.clear_bit(bit);
           model[bit] = false;
           break;
-        case 7: case 8: case 9:
+        case 7:
+        case 8:
+        case 9:
           ASSERT_EQ(buffer.test_and_set_bit(bit), model[bit]) << "bit " << bit;
           model[bit] = true;
           break;
-        case 10: case 11: case 12: case 13:
+        case 10:
+        case 11:
+        case 12:
+        case 13:
           buffer.set_bit(bit);
           model[bit] = true;
           break;
@@ -119,7 +130,8 @@ TEST(BitBuffer, MatchesVectorOfBoolOverRandomOperations) {
     // Bit i is bit i % 8 of byte i / 8, least significant first.
     const std::vector<unsigned char> bytes = bytes_of(buffer);
     ASSERT_EQ(bytes.size() * 8, model.size());
-    for (std::size_t i = 0; i < model.size(); ++i) ASSERT_EQ(((bytes[i / 8] >> (i % 8)) & 1) != 0, model[i]) << i;
+    for (std::size_t i = 0; i < model.size(); ++i)
+      ASSERT_EQ(((bytes[i / 8] >> (i % 8)) & 1) != 0, model[i]) << i;
   }
 }
 

@@ -47,7 +47,8 @@ void add_indices(unsigned long begin, unsigned long end, void* data) {
 }  // namespace
 
 TEST(ParallelDispatcher, CallerCountsAsOneOfTheThreads) {
-  for (unsigned long n : {0ul, 1ul, 2ul}) EXPECT_EQ(ParallelDispatcher(n).get_num_workers(), 1u) << n;
+  for (unsigned long n : {0ul, 1ul, 2ul})
+    EXPECT_EQ(ParallelDispatcher(n).get_num_workers(), 1u) << n;
   EXPECT_EQ(ParallelDispatcher(8).get_num_workers(), 7u);
 }
 
@@ -70,7 +71,8 @@ TEST(ParallelDispatcher, SlicesCoverRandomRangesExactlyOnce) {
       dispatcher.distribute_task(&Recorder::record, h, h + n, &recorder);
       std::vector<Slice> slices;
       slices.swap(recorder.slices);
-      std::sort(slices.begin(), slices.end(), [](const Slice& a, const Slice& b) { return a.begin < b.begin; });
+      std::sort(slices.begin(), slices.end(),
+                [](const Slice& a, const Slice& b) { return a.begin < b.begin; });
       ASSERT_EQ(slices.size(), std::min<std::uint64_t>(n, w + 1));
       if (n == 0) continue;
       unsigned long cursor = h;
@@ -81,9 +83,12 @@ TEST(ParallelDispatcher, SlicesCoverRandomRangesExactlyOnce) {
         cursor = slices[i].end;
         const unsigned long length = slices[i].end - slices[i].begin;
         EXPECT_LE(length - smallest, 1u) << "slice " << i << " of " << n << " indices";
-        if (i > 0) { EXPECT_LE(length, slices[i - 1].end - slices[i - 1].begin); }
+        if (i > 0) {
+          EXPECT_LE(length, slices[i - 1].end - slices[i - 1].begin);
+        }
         if (i + 1 == slices.size()) break;
-        EXPECT_FALSE(pthread_equal(slices[i].thread, caller)) << "slice " << i << " belongs to a worker";
+        EXPECT_FALSE(pthread_equal(slices[i].thread, caller))
+            << "slice " << i << " belongs to a worker";
         for (std::size_t j = i + 1; j + 1 < slices.size(); ++j) {
           EXPECT_FALSE(pthread_equal(slices[i].thread, slices[j].thread)) << "one slice per worker";
         }
@@ -106,7 +111,8 @@ TEST(ParallelDispatcher, ManyDispatchesInARowLoseNoWakeUp) {
       dispatcher.distribute_task(&add_indices, h, h + n, &work);
       expected_indices += n;
       for (unsigned long i = h; i < h + n; ++i) expected_sum += i;
-      ASSERT_EQ(work.indices_done.load(), expected_indices) << "dispatch " << d << " returned early";
+      ASSERT_EQ(work.indices_done.load(), expected_indices)
+          << "dispatch " << d << " returned early";
     }
     EXPECT_EQ(work.sum.load(), expected_sum);
   }
@@ -116,8 +122,9 @@ TEST(ParallelDispatcherDeathTest, ReversedRangeIsFatal) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   ParallelDispatcher dispatcher(2);
   Work work;
-  EXPECT_DEATH(dispatcher.distribute_task(&add_indices, 5, 4, &work),
-               "Assertion failed: t >= h, function distribute_task, file .*parallel_dispatcher\\.cpp, line");
+  EXPECT_DEATH(
+      dispatcher.distribute_task(&add_indices, 5, 4, &work),
+      "Assertion failed: t >= h, function distribute_task, file .*parallel_dispatcher\\.cpp, line");
 }
 
 // Polling pays only when each thread of a dispatch has a processor of its own among those

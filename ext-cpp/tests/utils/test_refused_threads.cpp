@@ -17,7 +17,7 @@
 namespace {
 
 class RefuseNewThreads {
-public:
+ public:
   RefuseNewThreads() {
     pthread_getattr_default_np(&saved_);
     pthread_attr_t impossible;
@@ -33,7 +33,7 @@ public:
   RefuseNewThreads(const RefuseNewThreads&) = delete;
   RefuseNewThreads& operator=(const RefuseNewThreads&) = delete;
 
-private:
+ private:
   pthread_attr_t saved_;
 };
 
@@ -105,7 +105,8 @@ TEST(RefusedThreads, DispatcherRunsTheWholeRangeOnTheCaller) {
   ASSERT_EQ(dispatcher.get_num_workers(), 0u);
   std::vector<unsigned long> calls;  // begin and end of each call
   const auto record = [](unsigned long begin, unsigned long end, void* data) {
-    static_cast<std::vector<unsigned long>*>(data)->insert(static_cast<std::vector<unsigned long>*>(data)->end(), {begin, end});
+    static_cast<std::vector<unsigned long>*>(data)->insert(
+        static_cast<std::vector<unsigned long>*>(data)->end(), {begin, end});
   };
   dispatcher.distribute_task(record, 3, 103, &calls);
   dispatcher.distribute_task(record, 9, 10, &calls);
@@ -115,8 +116,10 @@ TEST(RefusedThreads, DispatcherRunsTheWholeRangeOnTheCaller) {
 TEST(ImpossibleSizesDeathTest, AreFatalInsteadOfWrapping) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   // A count whose byte size wraps around would otherwise allocate a tiny array.
-  EXPECT_DEATH({ ThreadHive hive(ULONG_MAX); }, "Assertion failed: count <= SIZE_MAX / sizeof\\(T\\)");
-  EXPECT_DEATH({ ParallelDispatcher dispatcher(ULONG_MAX); }, "Assertion failed: count <= SIZE_MAX");
+  EXPECT_DEATH({ ThreadHive hive(ULONG_MAX); },
+               "Assertion failed: count <= SIZE_MAX / sizeof\\(T\\)");
+  EXPECT_DEATH({ ParallelDispatcher dispatcher(ULONG_MAX); },
+               "Assertion failed: count <= SIZE_MAX");
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   // The sanitizers' allocators report an impossible request themselves, in their own words.
   const char* const out_of_memory = "";

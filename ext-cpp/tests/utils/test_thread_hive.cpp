@@ -71,8 +71,11 @@ TEST(ThreadHive, StartsTheRequestedWorkersAndTheyRunConcurrently) {
     // Each task blocks until n tasks are inside at once: only n live workers let it pass.
     test_sync::Rendezvous all_in(static_cast<int>(n));
     for (unsigned long i = 0; i < n; ++i) {
-      hive.enqueue([](void* data, ThreadHive*) { EXPECT_TRUE(static_cast<test_sync::Rendezvous*>(data)->arrive_and_wait()); },
-                   &all_in);
+      hive.enqueue(
+          [](void* data, ThreadHive*) {
+            EXPECT_TRUE(static_cast<test_sync::Rendezvous*>(data)->arrive_and_wait());
+          },
+          &all_in);
     }
     hive.wait_until_finished();
   }
@@ -88,7 +91,8 @@ TEST(ThreadHive, EveryTaskRunsExactlyOnceAndWaitCoversTasksEnqueuedByTasks) {
     const std::size_t n = fan_out == 0 ? kTasks : 30000;
     Tally tally(n);
     std::vector<IndexedTask> tasks(n);
-    for (std::size_t i = 0; i < n; ++i) tasks[i] = IndexedTask{&tally, i, fan_out, &tasks, &saw_no_outstanding};
+    for (std::size_t i = 0; i < n; ++i)
+      tasks[i] = IndexedTask{&tally, i, fan_out, &tasks, &saw_no_outstanding};
     {
       ThreadHive hive(fan_out == 0 ? 3 : 2);
       hive.enqueue(&run_indexed, &tasks[0]);
@@ -110,7 +114,9 @@ TEST(ThreadHive, EveryTaskRunsExactlyOnceAndWaitCoversTasksEnqueuedByTasks) {
 TEST(ThreadHive, CountIncludesRunningTasksAndQueueIsFirstInFirstOut) {
   ThreadHive hive(1);
   test_sync::Rendezvous gate(1000);
-  hive.enqueue([](void* data, ThreadHive*) { static_cast<test_sync::Rendezvous*>(data)->arrive_and_wait(); }, &gate);
+  hive.enqueue(
+      [](void* data, ThreadHive*) { static_cast<test_sync::Rendezvous*>(data)->arrive_and_wait(); },
+      &gate);
   ASSERT_TRUE(gate.wait_for_arrivals(1));
   struct Step {
     std::vector<int>* order;
@@ -120,10 +126,14 @@ TEST(ThreadHive, CountIncludesRunningTasksAndQueueIsFirstInFirstOut) {
   std::vector<Step> steps;
   for (int i = 0; i < 50; ++i) steps.push_back(Step{&order, i});
   for (Step& step : steps) {
-    hive.enqueue([](void* data, ThreadHive*) { static_cast<Step*>(data)->order->push_back(static_cast<Step*>(data)->value); },
-                 &step);
+    hive.enqueue(
+        [](void* data, ThreadHive*) {
+          static_cast<Step*>(data)->order->push_back(static_cast<Step*>(data)->value);
+        },
+        &step);
   }
-  EXPECT_EQ(hive.get_num_tasks(), 51u) << "the blocked task has left the queue but is still counted";
+  EXPECT_EQ(hive.get_num_tasks(), 51u)
+      << "the blocked task has left the queue but is still counted";
   gate.release_all();
   hive.wait_until_finished();
   EXPECT_EQ(hive.get_num_tasks(), 0u);

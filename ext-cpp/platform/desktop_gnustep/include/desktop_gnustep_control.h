@@ -50,9 +50,8 @@ DESKTOP_API int desktop_gnustep_start(void);
 /// the given content size, sets its level, activates the application and orders the window
 /// front (with no window manager running, in front of every other window, whatever their
 /// levels). Answers its window number, 0 when it could not be made.
-DESKTOP_API long desktop_gnustep_open_window(const char* title, double x, double y,
-                                             double width, double height, long level,
-                                             int flags);
+DESKTOP_API long desktop_gnustep_open_window(const char* title, double x, double y, double width,
+                                             double height, long level, int flags);
 /// Activates the application and orders the window front, as a user's click would.
 DESKTOP_API void desktop_gnustep_order_front(long window_number);
 DESKTOP_API void desktop_gnustep_order_out(long window_number);

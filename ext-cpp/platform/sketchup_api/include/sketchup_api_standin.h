@@ -20,15 +20,16 @@ SU_EXPORT size_t su_standin_live_models(void);
 
 /* A component definition appended to the model's component definitions. */
 SU_EXPORT SUComponentDefinitionRef su_standin_add_component_definition(SUModelRef model,
-                                                                      const char* name);
+                                                                       const char* name);
 /* A group appended to entities, with a group definition of its own appended to the model's
    group definitions. Invalid entities give an invalid group. */
 SU_EXPORT SUGroupRef su_standin_add_group(SUEntitiesRef entities);
 /* An instance of definition appended to entities; both must belong to the same model. */
 SU_EXPORT SUComponentInstanceRef su_standin_add_instance(SUEntitiesRef entities,
-                                                        SUComponentDefinitionRef definition);
+                                                         SUComponentDefinitionRef definition);
 /* Sets the transformation of a group or component instance; 0 when entity is neither. */
-SU_EXPORT int su_standin_set_transform(SUEntityRef entity, const struct SUTransformation* transform);
+SU_EXPORT int su_standin_set_transform(SUEntityRef entity,
+                                       const struct SUTransformation* transform);
 
 /* A new, empty attribute dictionary appended to the entity's list. Names need not be unique. */
 SU_EXPORT SUAttributeDictionaryRef su_standin_add_dictionary(SUEntityRef entity, const char* name);

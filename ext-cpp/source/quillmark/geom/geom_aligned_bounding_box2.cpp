@@ -7,8 +7,7 @@
 
 namespace Geom {
 
-AlignedBoundingBox2::AlignedBoundingBox2(double angle) noexcept
-    : min(MAX_VALUE), max(MIN_VALUE) {
+AlignedBoundingBox2::AlignedBoundingBox2(double angle) noexcept : min(MAX_VALUE), max(MIN_VALUE) {
   // The same angle feeds sin and cos, so the compiler fuses them into one sincos call.
   double const s = std::sin(angle);
   double const c = std::cos(angle);

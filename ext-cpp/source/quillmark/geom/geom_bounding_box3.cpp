@@ -40,8 +40,7 @@ BoundingBox3& BoundingBox3::scale_self(double s) noexcept {
 }
 
 bool BoundingBox3::contains(Vector3 const& p) const noexcept {
-  return min.x < p.x && p.x < max.x && min.y < p.y && p.y < max.y && min.z < p.z &&
-         p.z < max.z;
+  return min.x < p.x && p.x < max.x && min.y < p.y && p.y < max.y && min.z < p.z && p.z < max.z;
 }
 
 bool BoundingBox3::intersects(BoundingBox3 const& b) const noexcept {
@@ -57,10 +56,8 @@ bool BoundingBox3::within(BoundingBox3 const& b) const noexcept {
 
 void BoundingBox3::intersect(BoundingBox3 const& b, BoundingBox3& out) const noexcept {
   // Built in locals first: out may be this box or b.
-  Vector3 const lo(std::max(min.x, b.min.x), std::max(min.y, b.min.y),
-                   std::max(min.z, b.min.z));
-  Vector3 const hi(std::min(max.x, b.max.x), std::min(max.y, b.max.y),
-                   std::min(max.z, b.max.z));
+  Vector3 const lo(std::max(min.x, b.min.x), std::max(min.y, b.min.y), std::max(min.z, b.min.z));
+  Vector3 const hi(std::min(max.x, b.max.x), std::min(max.y, b.max.y), std::min(max.z, b.max.z));
   out.min = lo;
   out.max = hi;
 }
@@ -71,8 +68,7 @@ Vector3 BoundingBox3::corner(unsigned long index) const {
                  (index & 4u) != 0 ? max.z : min.z);
 }
 
-bool BoundingBox3::intersects_ray(Vector3 const& origin, Vector3 const& direction) const
-    noexcept {
+bool BoundingBox3::intersects_ray(Vector3 const& origin, Vector3 const& direction) const noexcept {
   if (contains(origin)) return true;
   Vector3 const dmin = min - origin;
   Vector3 const dmax = max - origin;

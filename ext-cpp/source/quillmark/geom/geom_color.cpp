@@ -20,8 +20,8 @@ unsigned char channel_toward(unsigned char c, unsigned char o, double t) noexcep
     step = static_cast<std::int32_t>(f);
   }
   // Unsigned arithmetic wraps instead of overflowing; only the low 8 bits are kept.
-  return static_cast<unsigned char>((static_cast<std::uint32_t>(c) +
-                                     static_cast<std::uint32_t>(step)) & 0xFFu);
+  return static_cast<unsigned char>(
+      (static_cast<std::uint32_t>(c) + static_cast<std::uint32_t>(step)) & 0xFFu);
 }
 
 }  // namespace

@@ -57,9 +57,7 @@ Quaternion::Quaternion(Transformation const& m) noexcept {
                  : (i == 1 ? from_largest_diagonal<1>(e) : from_largest_diagonal<2>(e));
 }
 
-double Quaternion::length() const noexcept {
-  return std::sqrt(((w * w + x * x) + y * y) + z * z);
-}
+double Quaternion::length() const noexcept { return std::sqrt(((w * w + x * x) + y * y) + z * z); }
 
 Quaternion& Quaternion::normalize_self() noexcept {
   double const n2 = ((w * w + x * x) + y * y) + z * z;

@@ -106,8 +106,7 @@ void triplet_convert_point_to_uvwh(const Vector3& p, const Vector3& a, const Vec
   out.z = w;
 }
 
-bool point_inside_triplet(const Vector3& p, const Vector3& a, const Vector3& b,
-                          const Vector3& c) {
+bool point_inside_triplet(const Vector3& p, const Vector3& a, const Vector3& b, const Vector3& c) {
   Vector4 uvwh;
   triplet_convert_point_to_uvwh(p, a, b, c, uvwh);
   return uvwh.x > 0.0 && uvwh.y > 0.0 && uvwh.z > 0.0;
@@ -173,8 +172,7 @@ void points_on_arc(unsigned long count, double radius, double start_angle, doubl
   if (count == std::numeric_limits<unsigned long>::max()) return;
   // Count 0 has no step: dividing by 0 would raise a floating-point flag (trapped by some
   // callers) for a value that is never used.
-  double const step =
-      count == 0 ? 0.0 : (end_angle - start_angle) / static_cast<double>(count);
+  double const step = count == 0 ? 0.0 : (end_angle - start_angle) / static_cast<double>(count);
   write_points(count + 1, radius, start_angle, step, out);
 }
 

@@ -54,8 +54,8 @@ inline bool intersect_segment_segment(const Vector2& a, const Vector2& b, const 
 }
 
 // Result codes of intersect_segment_plane.
-inline constexpr int SEGMENT_PLANE_NONE = 0;      ///< no intersection; out untouched
-inline constexpr int SEGMENT_PLANE_POINT = 1;     ///< one point, written to out
+inline constexpr int SEGMENT_PLANE_NONE = 0;  ///< no intersection; out untouched
+inline constexpr int SEGMENT_PLANE_POINT = 1;  ///< one point, written to out
 inline constexpr int SEGMENT_PLANE_IN_PLANE = 2;  ///< the segment lies in the plane; out untouched
 
 /// Segment p0-p1 against the plane through plane_point with normal plane_normal (any
@@ -80,8 +80,7 @@ void triplet_convert_point_to_uvwh(const Vector3& p, const Vector3& a, const Vec
 
 /// Whether p projects strictly inside triangle abc; its height is ignored. Edges, corners
 /// and every point of a degenerate triangle are outside.
-bool point_inside_triplet(const Vector3& p, const Vector3& a, const Vector3& b,
-                          const Vector3& c);
+bool point_inside_triplet(const Vector3& p, const Vector3& a, const Vector3& b, const Vector3& c);
 
 /// Closest points of the infinite lines p0 + s·u and q0 + t·v, written to out_p and out_q.
 /// For (nearly) parallel lines, (u·u)(v·v) − (u·v)² < 1e-6 (absolute, so short directions

@@ -54,8 +54,7 @@ Transformation::Transformation(Vector3 const& origin_, Vector3 const& normal) no
   y_axis.set_length(1.0);
 }
 
-Transformation::Transformation(Vector3 const& point, Vector3 const& axis,
-                               double angle) noexcept
+Transformation::Transformation(Vector3 const& point, Vector3 const& axis, double angle) noexcept
     : x_axis(), y_axis(), z_axis(), origin() {
   double const half = angle * 0.5;
   double const sh = std::sin(half);
@@ -285,8 +284,7 @@ Transformation rotate_axis_to(Transformation const& a, Vector3 own, Vector3 cons
 
 // The pivot of the swing from z_a to z_b: their cross product, or x_a when the two z axes
 // are (anti)parallel and the cross product has no usable direction.
-Vector3 swing_pivot(Vector3 const& x_a, Vector3 const& z_a, Vector3 const& z_b,
-                    double d) noexcept {
+Vector3 swing_pivot(Vector3 const& x_a, Vector3 const& z_a, Vector3 const& z_b, double d) noexcept {
   Vector3 k = std::abs(d) < PARALLEL_COSINE ? z_a.cross(z_b) : x_a;
   k.set_length(1.0);
   return k;

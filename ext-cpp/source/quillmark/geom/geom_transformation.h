@@ -160,8 +160,8 @@ struct Transformation {
   /// This frame turned as a whole so that its x axis points along direction; axis lengths,
   /// origin and weight kept. Unchanged when the x axis already points that way (cosine
   /// above 0.9999995); an opposite direction (below -0.9999995) is reached by a half turn
-  /// about the y axis when the axes are perpendicular. The direction need not be unit; a zero direction or a zero own axis
-  /// gives three zero axes (w included) with this origin.
+  /// about the y axis when the axes are perpendicular. The direction need not be unit; a zero
+  /// direction or a zero own axis gives three zero axes (w included) with this origin.
   Transformation rotate_xaxis_to(Vector3 const& direction) const noexcept;
   /// As rotate_xaxis_to for the y axis; an opposite direction turns about the z axis.
   Transformation rotate_yaxis_to(Vector3 const& direction) const noexcept;
@@ -177,8 +177,7 @@ struct Transformation {
   /// The same swing and twist for frames used as stored: no length or weight handling, so
   /// it reproduces other at t = 1 only for unit, right-handed frames. Origins are
   /// interpolated undivided; a singular other makes the full twist a quarter turn.
-  Transformation uniform_normal_transition_to(Transformation const& other,
-                                              double t) const noexcept;
+  Transformation uniform_normal_transition_to(Transformation const& other, double t) const noexcept;
 };
 
 static_assert(sizeof(Transformation) == 16 * sizeof(double),

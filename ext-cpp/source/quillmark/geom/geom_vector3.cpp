@@ -21,8 +21,8 @@ Vector3 turn_toward(Vector3 const& v, Vector3 const& target, double la, double l
   if (c < -PARALLEL_COSINE) {
     // Opposite directions: every perpendicular axis is as good as another, so take one
     // that is well defined, a x Z_AXIS unless a lies (nearly) along z, then a x X_AXIS.
-    Vector3 const k = std::abs(a.z) < PARALLEL_COSINE ? Vector3(a.y, -a.x, 0.0)
-                                                      : Vector3(0.0, a.z, -a.y);
+    Vector3 const k =
+        std::abs(a.z) < PARALLEL_COSINE ? Vector3(a.y, -a.x, 0.0) : Vector3(0.0, a.z, -a.y);
     return v.rotate(k.normalize(), t * PI);
   }
   if (c >= PARALLEL_COSINE) return v;
@@ -75,9 +75,9 @@ double Vector3::angle_between(Vector3 const& v, Vector3 const& normal) const noe
   // An orthonormal basis (u, w) of the plane perpendicular to the normal; u comes from
   // Z_AXIS x n unless n lies (nearly) along z, where that product vanishes.
   Vector3 const n = normal.normalize();
-  Vector3 const u = (std::abs(n.z) < PARALLEL_COSINE ? Vector3(-n.y, n.x, 0.0)
-                                                      : Vector3(n.z, 0.0, -n.x))
-                        .normalize();
+  Vector3 const u =
+      (std::abs(n.z) < PARALLEL_COSINE ? Vector3(-n.y, n.x, 0.0) : Vector3(n.z, 0.0, -n.x))
+          .normalize();
   Vector3 const w = n.cross(u).normalize();
 
   double const pa = dot(u);

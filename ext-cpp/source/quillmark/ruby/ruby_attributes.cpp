@@ -56,7 +56,8 @@ SUResult find_dictionary(SUEntityRef entity, const char* name, SUAttributeDictio
     char* candidate = nullptr;
     // A dictionary whose name cannot be read cannot be the one wanted; the search goes on.
     // A name there is no memory to copy might be it: that ends the search.
-    if (SUAttributeDictionaryGetName(dictionaries.data[i], &dictionary_name) != SU_ERROR_NONE) continue;
+    if (SUAttributeDictionaryGetName(dictionaries.data[i], &dictionary_name) != SU_ERROR_NONE)
+      continue;
     if (utf8_copy(dictionary_name, &candidate, &no_memory) != SU_ERROR_NONE) continue;
     matched = std::strcmp(candidate, name) == 0;
     delete[] candidate;
@@ -107,8 +108,9 @@ SUResult read_number(SUTypedValueRef value, Target* out) {
   switch (type) {
     case SUTypedValueType_Byte:
       // The SDK's byte is a signed 8-bit value whatever the platform's char.
-      return read_as(value, SUTypedValueGetByte, out,
-                     [](char stored) { return static_cast<Target>(static_cast<signed char>(stored)); });
+      return read_as(value, SUTypedValueGetByte, out, [](char stored) {
+        return static_cast<Target>(static_cast<signed char>(stored));
+      });
     case SUTypedValueType_Short:
       return read_as(value, SUTypedValueGetInt16, out, widen);
     case SUTypedValueType_Int32:
@@ -117,7 +119,8 @@ SUResult read_number(SUTypedValueRef value, Target* out) {
       return read_as(value, SUTypedValueGetFloat, out,
                      [](float stored) { return convert<Target>(static_cast<double>(stored)); });
     case SUTypedValueType_Double:
-      return read_as(value, SUTypedValueGetDouble, out, [](double stored) { return convert<Target>(stored); });
+      return read_as(value, SUTypedValueGetDouble, out,
+                     [](double stored) { return convert<Target>(stored); });
     default:
       return SU_ERROR_INVALID_INPUT;
   }
@@ -130,7 +133,8 @@ SUResult csu_to_c_str_utf8(SUStringRef string, char** out) {
   return utf8_copy(string, out, &no_memory);
 }
 
-SUResult csu_entity_get_dictionary(SUEntityRef entity, const char* name, SUAttributeDictionaryRef* dictionary) {
+SUResult csu_entity_get_dictionary(SUEntityRef entity, const char* name,
+                                   SUAttributeDictionaryRef* dictionary) {
   return find_dictionary(entity, name, dictionary);
 }
 
@@ -164,13 +168,21 @@ SUResult csu_typed_value_to_vector3d(SUTypedValueRef value, Geom::Vector3& out) 
   return SUTypedValueGetDouble(items[2], &out.z);
 }
 
-SUResult csu_typed_value_to_int32_t(SUTypedValueRef value, int* out) { return read_number(value, out); }
+SUResult csu_typed_value_to_int32_t(SUTypedValueRef value, int* out) {
+  return read_number(value, out);
+}
 
-SUResult csu_typed_value_to_int64_t(SUTypedValueRef value, long long* out) { return read_number(value, out); }
+SUResult csu_typed_value_to_int64_t(SUTypedValueRef value, long long* out) {
+  return read_number(value, out);
+}
 
-SUResult csu_typed_value_to_double(SUTypedValueRef value, double* out) { return read_number(value, out); }
+SUResult csu_typed_value_to_double(SUTypedValueRef value, double* out) {
+  return read_number(value, out);
+}
 
-SUResult csu_typed_value_to_treal(SUTypedValueRef value, double* out) { return read_number(value, out); }
+SUResult csu_typed_value_to_treal(SUTypedValueRef value, double* out) {
+  return read_number(value, out);
+}
 
 SUResult csu_typed_value_to_bool(SUTypedValueRef value, bool* out) {
   SUTypedValueType type = SUTypedValueType_Empty;

@@ -8,8 +8,9 @@
 // Results: SU_ERROR_NONE; SU_ERROR_INVALID_INPUT when a typed value holds a type the reader
 // does not take; SU_ERROR_GENERIC when an array does not yield three items; SU_ERROR_NO_DATA
 // when the entity has no dictionary of the wanted name; RU::ALLOCATION_FAILED when a list or
-// string the SDK sizes cannot be allocated; otherwise the code of the first failing SDK call. On failure an output keeps its contents, except that a string output is
-// null and a vector read from an array may hold the components read before the failure.
+// string the SDK sizes cannot be allocated; otherwise the code of the first failing SDK call. On
+// failure an output keeps its contents, except that a string output is null and a vector read from
+// an array may hold the components read before the failure.
 //
 // Strings handed out are NUL-terminated UTF-8 arrays allocated with new[]; the caller
 // releases them with delete[].
@@ -26,7 +27,8 @@ SUResult csu_to_c_str_utf8(SUStringRef string, char** out);
 /// The first dictionary of entity whose name equals name byte for byte (case matters);
 /// SU_ERROR_NO_DATA when none does. A dictionary whose name cannot be read is skipped. The
 /// dictionary belongs to the host.
-SUResult csu_entity_get_dictionary(SUEntityRef entity, const char* name, SUAttributeDictionaryRef* dictionary);
+SUResult csu_entity_get_dictionary(SUEntityRef entity, const char* name,
+                                   SUAttributeDictionaryRef* dictionary);
 
 /// Fills value (a typed value the caller created) from key in the first dictionary named
 /// dictionary_name; what a missing key gives is the SDK's answer.

@@ -36,18 +36,26 @@ namespace {
 // calls that differ.
 struct GroupCalls {
   using Ref = SUGroupRef;
-  static SUResult count(SUEntitiesRef entities, size_t* n) { return SUEntitiesGetNumGroups(entities, n); }
+  static SUResult count(SUEntitiesRef entities, size_t* n) {
+    return SUEntitiesGetNumGroups(entities, n);
+  }
   static SUResult list(SUEntitiesRef entities, size_t len, Ref* out, size_t* n) {
     return SUEntitiesGetGroups(entities, len, out, n);
   }
   static SUEntityRef to_entity(Ref ref) { return SUGroupToEntity(ref); }
-  static SUResult definition(Ref ref, SUComponentDefinitionRef* out) { return SUGroupGetDefinition(ref, out); }
-  static SUResult transform(Ref ref, SUTransformation* out) { return SUGroupGetTransform(ref, out); }
+  static SUResult definition(Ref ref, SUComponentDefinitionRef* out) {
+    return SUGroupGetDefinition(ref, out);
+  }
+  static SUResult transform(Ref ref, SUTransformation* out) {
+    return SUGroupGetTransform(ref, out);
+  }
 };
 
 struct InstanceCalls {
   using Ref = SUComponentInstanceRef;
-  static SUResult count(SUEntitiesRef entities, size_t* n) { return SUEntitiesGetNumInstances(entities, n); }
+  static SUResult count(SUEntitiesRef entities, size_t* n) {
+    return SUEntitiesGetNumInstances(entities, n);
+  }
   static SUResult list(SUEntitiesRef entities, size_t len, Ref* out, size_t* n) {
     return SUEntitiesGetInstances(entities, len, out, n);
   }
@@ -55,10 +63,14 @@ struct InstanceCalls {
   static SUResult definition(Ref ref, SUComponentDefinitionRef* out) {
     return SUComponentInstanceGetDefinition(ref, out);
   }
-  static SUResult transform(Ref ref, SUTransformation* out) { return SUComponentInstanceGetTransform(ref, out); }
+  static SUResult transform(Ref ref, SUTransformation* out) {
+    return SUComponentInstanceGetTransform(ref, out);
+  }
 };
 
-int32_t entity_id_of(VALUE entity) { return NUM2INT(rb_funcallv(entity, INTERN_ENTITYID, 0, nullptr)); }
+int32_t entity_id_of(VALUE entity) {
+  return NUM2INT(rb_funcallv(entity, INTERN_ENTITYID, 0, nullptr));
+}
 
 // The Ruby half of every finder. It may raise, so it runs before anything is allocated.
 void model_and_id_of(VALUE entity, SUModelRef* model, int32_t* id) {
@@ -70,8 +82,8 @@ void model_and_id_of(VALUE entity, SUModelRef* model, int32_t* id) {
 // against id. Answers SU_ERROR_NONE with *found set on a match, SU_ERROR_NONE with *found
 // clear when there is none, or the code of the first failing call.
 template <class Calls>
-SUResult match_listed(SUEntitiesRef entities, size_t count, Buffer<typename Calls::Ref>& items, int32_t id,
-                      typename Calls::Ref* out, bool* found) {
+SUResult match_listed(SUEntitiesRef entities, size_t count, Buffer<typename Calls::Ref>& items,
+                      int32_t id, typename Calls::Ref* out, bool* found) {
   const SUResult result = Calls::list(entities, count, items.data, &count);
   if (result != SU_ERROR_NONE) return result;
   for (size_t i = 0; i < count; ++i) {
@@ -89,8 +101,8 @@ SUResult match_listed(SUEntitiesRef entities, size_t count, Buffer<typename Call
 
 template <class Calls>
 SUResult match_in_definitions(const Buffer<SUComponentDefinitionRef>& definitions, size_t count,
-                              Buffer<typename Calls::Ref>& items, int32_t id, typename Calls::Ref* out,
-                              bool* found) {
+                              Buffer<typename Calls::Ref>& items, int32_t id,
+                              typename Calls::Ref* out, bool* found) {
   for (size_t i = 0; i < count && !*found; ++i) {
     SUEntitiesRef entities = SU_INVALID;
     SUResult result = SUComponentDefinitionGetEntities(definitions.data[i], &entities);
@@ -150,7 +162,9 @@ SUResult find_placement_of(VALUE placement, typename Calls::Ref* out) {
   return find_placement<Calls>(model, id, out);
 }
 
-bool is_component_instance(VALUE gci) { return rb_obj_is_kind_of(gci, SU_COMPONENT_INSTANCE) == Qtrue; }
+bool is_component_instance(VALUE gci) {
+  return rb_obj_is_kind_of(gci, SU_COMPONENT_INSTANCE) == Qtrue;
+}
 
 template <class Calls>
 SUResult gci_entity(VALUE gci, SUEntityRef* out) {
@@ -205,7 +219,9 @@ SUResult vsu_to_csu_component_definition(VALUE definition, SUComponentDefinition
   for (size_t i = 0; i < count; ++i) {
     int32_t candidate = 0;
     // A candidate that cannot report its ID cannot be the one wanted; the search goes on.
-    if (SUEntityGetID(SUComponentDefinitionToEntity(candidates.data[i]), &candidate) != SU_ERROR_NONE) continue;
+    if (SUEntityGetID(SUComponentDefinitionToEntity(candidates.data[i]), &candidate) !=
+        SU_ERROR_NONE)
+      continue;
     if (candidate == id) {
       *out = candidates.data[i];
       return SU_ERROR_NONE;
@@ -214,29 +230,36 @@ SUResult vsu_to_csu_component_definition(VALUE definition, SUComponentDefinition
   return SU_ERROR_GENERIC;
 }
 
-SUResult vsu_to_csu_group(VALUE group, SUGroupRef* out) { return find_placement_of<GroupCalls>(group, out); }
+SUResult vsu_to_csu_group(VALUE group, SUGroupRef* out) {
+  return find_placement_of<GroupCalls>(group, out);
+}
 
 SUResult vsu_to_csu_component_instance(VALUE instance, SUComponentInstanceRef* out) {
   return find_placement_of<InstanceCalls>(instance, out);
 }
 
 SUResult vsu_to_csu_gci_entity(VALUE gci, SUEntityRef* out) {
-  return is_component_instance(gci) ? gci_entity<InstanceCalls>(gci, out) : gci_entity<GroupCalls>(gci, out);
+  return is_component_instance(gci) ? gci_entity<InstanceCalls>(gci, out)
+                                    : gci_entity<GroupCalls>(gci, out);
 }
 
-SUResult csu_ent_def_tra_from_vsu_gci(VALUE gci, SUEntityRef* entity, SUComponentDefinitionRef* definition,
+SUResult csu_ent_def_tra_from_vsu_gci(VALUE gci, SUEntityRef* entity,
+                                      SUComponentDefinitionRef* definition,
                                       Geom::Transformation& transformation) {
-  return is_component_instance(gci) ? gci_parts<InstanceCalls>(gci, entity, definition, transformation)
-                                    : gci_parts<GroupCalls>(gci, entity, definition, transformation);
+  return is_component_instance(gci)
+             ? gci_parts<InstanceCalls>(gci, entity, definition, transformation)
+             : gci_parts<GroupCalls>(gci, entity, definition, transformation);
 }
 
 VALUE vsu_get_definition(VALUE gci) {
   if (is_component_instance(gci)) return rb_funcallv(gci, INTERN_DEFINITION, 0, nullptr);
-  if (SU_MAJOR_VERSION >= 14) return rb_funcallv(rb_funcallv(gci, INTERN_ENTITIES, 0, nullptr), INTERN_PARENT, 0, nullptr);
+  if (SU_MAJOR_VERSION >= 14)
+    return rb_funcallv(rb_funcallv(gci, INTERN_ENTITIES, 0, nullptr), INTERN_PARENT, 0, nullptr);
 
   // Older hosts cannot answer a group's definition directly: find the group definition that
   // lists this very object among its instances.
-  const VALUE definitions = rb_funcallv(rb_funcallv(gci, INTERN_MODEL, 0, nullptr), INTERN_DEFINITIONS, 0, nullptr);
+  const VALUE definitions =
+      rb_funcallv(rb_funcallv(gci, INTERN_MODEL, 0, nullptr), INTERN_DEFINITIONS, 0, nullptr);
   const unsigned long n = NUM2ULONG(rb_funcallv(definitions, INTERN_LENGTH, 0, nullptr));
   for (unsigned long i = 0; i < n; ++i) {
     const VALUE definition = rb_funcall(definitions, INTERN_AT, 1, ULONG2NUM(i));

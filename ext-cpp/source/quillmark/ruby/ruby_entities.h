@@ -95,7 +95,8 @@ SUResult vsu_to_csu_gci_entity(VALUE gci, SUEntityRef* out);
 /// The entity, definition and transformation of a group or component instance, written only
 /// when all three were read. The transformation takes the SDK's 16 values in their stored
 /// (column-major) order, unscaled.
-SUResult csu_ent_def_tra_from_vsu_gci(VALUE gci, SUEntityRef* entity, SUComponentDefinitionRef* definition,
+SUResult csu_ent_def_tra_from_vsu_gci(VALUE gci, SUEntityRef* entity,
+                                      SUComponentDefinitionRef* definition,
                                       Geom::Transformation& transformation);
 
 /// The Ruby Sketchup::ComponentDefinition of a group or component instance, or nil. Hosts

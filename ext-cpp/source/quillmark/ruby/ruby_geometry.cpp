@@ -237,7 +237,8 @@ void value_to_transformation3(VALUE value, Geom::Transformation& out) {
   }
   if (t.x_axis.length() < Geom::LENGTH_EPSILON || t.y_axis.length() < Geom::LENGTH_EPSILON ||
       t.z_axis.length() < Geom::LENGTH_EPSILON) {
-    rb_raise(rb_eTypeError, "Expected a non-flat transformation, where axes are non-zero-lengthed.");
+    rb_raise(rb_eTypeError,
+             "Expected a non-flat transformation, where axes are non-zero-lengthed.");
   }
   out = t;
 }

@@ -492,7 +492,8 @@ void vsu_init_ruby() {
   for (ClassRow const& row : CLASS_TABLE) look_up(row);
   for (InternRow const& row : INTERN_TABLE) *row.slot = rb_intern(row.name);
 
-  VALUE version = rb_funcallv(rb_funcallv(SU_SKETCHUP, INTERN_VERSION, 0, nullptr), INTERN_TO_I, 0, nullptr);
+  VALUE version =
+      rb_funcallv(rb_funcallv(SU_SKETCHUP, INTERN_VERSION, 0, nullptr), INTERN_TO_I, 0, nullptr);
   SU_MAJOR_VERSION = NUM2INT(version);
 
   // Only the value true counts; a host without the method is a 32-bit one.

@@ -12,8 +12,8 @@
 // with the POSIX <regex.h> that GoogleTest includes. Sources that need encodings include
 // ruby_encoding_lib.h, in .cpp files only.
 
-#include <ruby.h>
 #include <quillmark/version.h>
+#include <ruby.h>
 
 // Method functions for rb_define_method and its kin, of any arity. Up to 2.6 the
 // interpreter's headers declare that parameter as VALUE (*)(ANYARGS), which C++ accepts

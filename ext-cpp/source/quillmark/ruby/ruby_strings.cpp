@@ -1,7 +1,7 @@
 #include <quillmark/ruby/ruby_strings.h>
 
-#include <quillmark/utils/fatal_assert.h>
 #include <quillmark/ruby/detail/ruby_encoding_lib.h>
+#include <quillmark/utils/fatal_assert.h>
 
 #include <cstdint>
 #include <cstring>

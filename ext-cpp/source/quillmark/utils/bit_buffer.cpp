@@ -29,9 +29,7 @@ BitBuffer& BitBuffer::operator=(const BitBuffer& other) {
   return *this;
 }
 
-BitBuffer::~BitBuffer() {
-  std::free(data);
-}
+BitBuffer::~BitBuffer() { std::free(data); }
 
 void BitBuffer::grow_to(std::uint64_t new_size) {
   // realloc copies the old bytes at most once (and not at all when it can extend in place);
@@ -63,9 +61,7 @@ void BitBuffer::reserve_pow2(unsigned long bit) {
   grow_to(bytes);
 }
 
-void BitBuffer::clear() {
-  std::memset(data, 0, size);
-}
+void BitBuffer::clear() { std::memset(data, 0, size); }
 
 void BitBuffer::partial_clear(unsigned long count) {
   const std::uint64_t whole = count >> 3;

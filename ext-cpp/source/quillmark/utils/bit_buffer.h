@@ -19,7 +19,7 @@
 /// Not synchronised. Eight bits share a byte, so threads that write different bits of one
 /// buffer still need a lock of their own.
 class BitBuffer {
-public:
+ public:
   /// One zero byte.
   BitBuffer();
   /// `size` zero bytes (a count of bytes, not bits); 0 is taken as 1.
@@ -48,7 +48,9 @@ public:
 
   /// Set, clear or read one bit; `bit` must lie within the reserved bits.
   void set_bit(unsigned long bit) { data[byte_of(bit)] |= mask_of(bit); }
-  void clear_bit(unsigned long bit) { data[byte_of(bit)] &= static_cast<unsigned char>(~mask_of(bit)); }
+  void clear_bit(unsigned long bit) {
+    data[byte_of(bit)] &= static_cast<unsigned char>(~mask_of(bit));
+  }
   bool test_bit(unsigned long bit) const { return (data[byte_of(bit)] & mask_of(bit)) != 0; }
   /// Sets `bit` and answers whether it was set before: "first visit?" in one access.
   bool test_and_set_bit(unsigned long bit);
@@ -61,7 +63,7 @@ public:
   /// reset, assigned to or destroyed.
   const unsigned char* get_data() const { return data; }
 
-private:
+ private:
   std::uint64_t byte_of(unsigned long bit) const {
     const std::uint64_t byte = bit >> 3;
     QM_ASSERT(byte < size);

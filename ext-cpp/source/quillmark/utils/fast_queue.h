@@ -6,8 +6,8 @@
 #include <cstring>
 #include <type_traits>
 
-#include <quillmark/utils/fatal_assert.h>
 #include <quillmark/utils/detail/raw_array.h>
+#include <quillmark/utils/fatal_assert.h>
 
 /// Growable first-in, first-out ring buffer of plain-data elements. Not synchronised:
 /// the owner guards it (ThreadHive keeps its pending tasks here under its queue mutex).
@@ -20,10 +20,9 @@
 /// buffer cannot be allocated the process stops with a fatal assertion (see raw_array.h).
 template <typename T>
 class FastQueue {
-  static_assert(std::is_trivially_copyable<T>::value,
-                "FastQueue copies its elements as raw bytes");
+  static_assert(std::is_trivially_copyable<T>::value, "FastQueue copies its elements as raw bytes");
 
-public:
+ public:
   /// Empty, with capacity 2.
   FastQueue();
   FastQueue(const FastQueue&) = delete;
@@ -45,7 +44,7 @@ public:
   /// Number of elements held.
   std::uint64_t get_size() const { return (tail + capacity - head) & (capacity - 1); }
 
-private:
+ private:
   T* buffer;
   std::uint64_t head;
   std::uint64_t tail;

@@ -7,8 +7,8 @@
 #include <cstring>
 #include <new>
 
-#include <quillmark/utils/fatal_assert.h>
 #include <quillmark/utils/detail/raw_array.h>
+#include <quillmark/utils/fatal_assert.h>
 #include <quillmark/utils/thread_hive.h>
 
 namespace {
@@ -69,13 +69,14 @@ std::uint64_t usable_processors() {
 
 }  // namespace
 
-std::uint64_t ParallelDispatcher::get_num_processors() {
-  return ThreadHive::get_num_processors();
-}
+std::uint64_t ParallelDispatcher::get_num_processors() { return ThreadHive::get_num_processors(); }
 
 ParallelDispatcher::ParallelDispatcher(unsigned long num_threads)
-    : workers(nullptr), num_workers(num_threads < 2 ? 1 : num_threads - 1), num_busy(0),
-      threads(nullptr), spin_ns(0) {
+    : workers(nullptr),
+      num_workers(num_threads < 2 ? 1 : num_threads - 1),
+      num_busy(0),
+      threads(nullptr),
+      spin_ns(0) {
   workers = allocate_raw_array<Worker>(num_workers);
   for (std::uint64_t i = 0; i < num_workers; ++i) {
     new (&workers[i]) Worker{this, nullptr, nullptr, 0, 0, {idle}};
@@ -130,8 +131,7 @@ ParallelDispatcher::~ParallelDispatcher() {
 }
 
 void ParallelDispatcher::distribute_task(void (*function)(unsigned long, unsigned long, void*),
-                                         unsigned long h, unsigned long t,
-                                         void* data) noexcept {
+                                         unsigned long h, unsigned long t, void* data) noexcept {
   QM_ASSERT(t >= h);
   const std::uint64_t n = t - h;
   if (n == 0) {

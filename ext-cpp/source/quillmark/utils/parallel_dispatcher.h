@@ -28,7 +28,7 @@
 /// run on (its affinity mask, not the processors online), each one polls for up to 1 ms
 /// after its slice before it sleeps, so that back-to-back dispatches need no wake-up.
 class ParallelDispatcher {
-public:
+ public:
   /// Worker states, guarded by work_mutex.
   static constexpr std::uint64_t idle = 0;
   static constexpr std::uint64_t run = 1;
@@ -74,7 +74,7 @@ public:
   /// Start routine of every worker; `worker` is its own record. Returns null on quit.
   static void* thread_task(void* worker) noexcept;
 
-private:
+ private:
   void wait_for_workers(std::uint64_t poll_ns);
   void finish_slice();
 

@@ -14,8 +14,7 @@ std::uint64_t ThreadHive::get_num_processors() {
 }
 
 ThreadHive::ThreadHive(unsigned long num_threads)
-    : threads(nullptr), num_threads(num_threads != 0 ? num_threads : 1), num_tasks(0),
-      stop(false) {
+    : threads(nullptr), num_threads(num_threads != 0 ? num_threads : 1), num_tasks(0), stop(false) {
   threads = allocate_raw_array<pthread_t>(this->num_threads);
   std::memset(static_cast<void*>(threads), 0, this->num_threads * sizeof(pthread_t));
 
@@ -88,13 +87,9 @@ void ThreadHive::wait_until_finished() {
   pthread_mutex_unlock(&count_mutex);
 }
 
-void ThreadHive::enter_critical_section() {
-  pthread_mutex_lock(&critical_mutex);
-}
+void ThreadHive::enter_critical_section() { pthread_mutex_lock(&critical_mutex); }
 
-void ThreadHive::leave_critical_section() {
-  pthread_mutex_unlock(&critical_mutex);
-}
+void ThreadHive::leave_critical_section() { pthread_mutex_unlock(&critical_mutex); }
 
 void ThreadHive::finish_task() {
   pthread_mutex_lock(&count_mutex);

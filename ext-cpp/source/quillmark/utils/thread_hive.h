@@ -17,7 +17,7 @@
 ///
 /// The pool never holds two of its own mutexes at once, so no lock order exists to break.
 class ThreadHive {
-public:
+ public:
   /// One queued task: `function(data, hive)` runs on a worker (on the thread that waits for
   /// it when the pool has none).
   struct Task {
@@ -61,7 +61,7 @@ public:
   /// Start routine of every worker; `hive` is the pool. Returns null when the pool stops.
   static void* thread_task(void* hive) noexcept;
 
-private:
+ private:
   void finish_task();
   /// Runs queued tasks on the calling thread until the queue is empty (the pool without
   /// workers).

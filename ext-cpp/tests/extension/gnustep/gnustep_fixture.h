@@ -31,8 +31,8 @@ class GnustepTest : public ::testing::Test {
   // others of its level.
   long open(const char* title, long level, int flags) {
     double const offset = 40.0 * static_cast<double>(opened_++);
-    long const number =
-        desktop_gnustep_open_window(title, 60.0 + offset, 400.0 - offset, 320.0, 200.0, level, flags);
+    long const number = desktop_gnustep_open_window(title, 60.0 + offset, 400.0 - offset, 320.0,
+                                                    200.0, level, flags);
     EXPECT_GT(number, 0) << title;
     return number;
   }

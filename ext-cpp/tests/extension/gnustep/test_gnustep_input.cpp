@@ -31,7 +31,8 @@ class GnustepInputTest : public ::testing::Test {
     Window root = 0, child = 0;
     int wx = 0, wy = 0;
     unsigned int mask = 0;
-    ASSERT_TRUE(XQueryPointer(display_, DefaultRootWindow(display_), &root, &child, x, y, &wx, &wy, &mask));
+    ASSERT_TRUE(
+        XQueryPointer(display_, DefaultRootWindow(display_), &root, &child, x, y, &wx, &wy, &mask));
   }
 
   Display* display_ = nullptr;
@@ -67,10 +68,10 @@ TEST_F(GnustepInputTest, WarpsMoveTheServerPointerWhichTheServerKeepsOnTheScreen
     double x, y;
     int32_t expected_x, expected_y;
   } cases[] = {
-      {10.9, 3.7, 10, 3},            // whole pixels: the fraction is cut toward zero
-      {10.9, -3.7, 10, 0},           // above the screen: pinned to its top row
-      {5000.0, 20.0, right, 20},     // past the right edge
-      {-70000.0, 1e9, 0, bottom},    // past the protocol's 16-bit range
+      {10.9, 3.7, 10, 3},  // whole pixels: the fraction is cut toward zero
+      {10.9, -3.7, 10, 0},  // above the screen: pinned to its top row
+      {5000.0, 20.0, right, 20},  // past the right edge
+      {-70000.0, 1e9, 0, bottom},  // past the protocol's 16-bit range
       {double(right), double(bottom), right, bottom},
   };
   for (const auto& c : cases) {
@@ -107,12 +108,12 @@ TEST_F(GnustepInputTest, ShowCursorFlipsTheServerCursorAndReturnsAtOnceWhenItMat
     bool show;
     bool answer;
     long hides, shows;  // calls this step makes
-    int server_hides;   // the server's count afterwards
+    int server_hides;  // the server's count afterwards
   } steps[] = {
-      {true, true, 0, 0, 0},    // already visible: nothing called
+      {true, true, 0, 0, 0},  // already visible: nothing called
       {false, false, 1, 0, 1},  // one hide
       {false, false, 0, 0, 1},  // already hidden
-      {true, true, 0, 1, 0},    // one show undoes it
+      {true, true, 0, 1, 0},  // one show undoes it
   };
   for (const auto& step : steps) {
     SCOPED_TRACE(testing::Message() << "show_cursor(" << step.show << ")");

@@ -74,25 +74,23 @@ class GnustepActivationTest : public GnustepTest {
 TEST_F(GnustepActivationTest, ListsOwnWindowsFrontToBackAsTheServerStacksThem) {
   long const second = document("second document");
   long const main = document("main document");
-  long const floating = open("floating panel", FLOATING_LEVEL,
-                             DESKTOP_GNUSTEP_PANEL | DESKTOP_GNUSTEP_TOOLBAR);
+  long const floating =
+      open("floating panel", FLOATING_LEVEL, DESKTOP_GNUSTEP_PANEL | DESKTOP_GNUSTEP_TOOLBAR);
   long const palette = open("palette", 0, DESKTOP_GNUSTEP_PANEL);
   settle();
   long const pid = getpid();
-  EXPECT_EQ(own_windows(ON_SCREEN_ONLY),
-            (std::vector<Listed>{{pid, palette, 0},
-                                 {pid, floating, FLOATING_LEVEL},
-                                 {pid, main, 0},
-                                 {pid, second, 0}}));
+  EXPECT_EQ(
+      own_windows(ON_SCREEN_ONLY),
+      (std::vector<Listed>{
+          {pid, palette, 0}, {pid, floating, FLOATING_LEVEL}, {pid, main, 0}, {pid, second, 0}}));
   // Restacking on the server reorders the list. Without a window manager nothing keeps the
   // floating panel above a normal window: the list follows the server, not the levels.
   desktop_gnustep_order_front(second);
   settle();
-  EXPECT_EQ(own_windows(ON_SCREEN_ONLY),
-            (std::vector<Listed>{{pid, second, 0},
-                                 {pid, palette, 0},
-                                 {pid, floating, FLOATING_LEVEL},
-                                 {pid, main, 0}}));
+  EXPECT_EQ(
+      own_windows(ON_SCREEN_ONLY),
+      (std::vector<Listed>{
+          {pid, second, 0}, {pid, palette, 0}, {pid, floating, FLOATING_LEVEL}, {pid, main, 0}}));
 }
 
 TEST_F(GnustepActivationTest, PassesOverPaletteAndFloatingPanelToTheMainWindow) {
@@ -132,10 +130,11 @@ TEST_F(GnustepActivationTest, WindowsOfOtherProcessesNeverQualify) {
   desktop_gnustep_make_key(palette);
   // Another application's document window in front, at the normal level, with the number
   // its window server gave it: the application knows no window by that number.
-  ASSERT_EQ(desktop_gnustep_add_foreign_window(getpid() + 1, 90001, 0,
-                                               DESKTOP_GNUSTEP_ON_SCREEN | DESKTOP_GNUSTEP_IN_FRONT),
+  ASSERT_EQ(desktop_gnustep_add_foreign_window(
+                getpid() + 1, 90001, 0, DESKTOP_GNUSTEP_ON_SCREEN | DESKTOP_GNUSTEP_IN_FRONT),
             1);
-  ASSERT_EQ(desktop_gnustep_add_foreign_window(getpid() + 2, 90002, 0, DESKTOP_GNUSTEP_ON_SCREEN), 1);
+  ASSERT_EQ(desktop_gnustep_add_foreign_window(getpid() + 2, 90002, 0, DESKTOP_GNUSTEP_ON_SCREEN),
+            1);
   settle();
   std::vector<Listed> const listed = window_list(ON_SCREEN_ONLY);
   ASSERT_EQ(listed.size(), 3u);
@@ -158,8 +157,10 @@ TEST_F(GnustepActivationTest, ForeignWindowsCannotTakeAnOwnNumberOrPid) {
   EXPECT_EQ(desktop_gnustep_add_foreign_window(getpid() + 1, kCGNullWindowID, 0,
                                                DESKTOP_GNUSTEP_ON_SCREEN),
             0);
-  EXPECT_EQ(desktop_gnustep_add_foreign_window(getpid() + 1, 90003, 0, DESKTOP_GNUSTEP_ON_SCREEN), 1);
-  EXPECT_EQ(desktop_gnustep_add_foreign_window(getpid() + 3, 90003, 0, DESKTOP_GNUSTEP_ON_SCREEN), 0);
+  EXPECT_EQ(desktop_gnustep_add_foreign_window(getpid() + 1, 90003, 0, DESKTOP_GNUSTEP_ON_SCREEN),
+            1);
+  EXPECT_EQ(desktop_gnustep_add_foreign_window(getpid() + 3, 90003, 0, DESKTOP_GNUSTEP_ON_SCREEN),
+            0);
 }
 
 TEST_F(GnustepActivationTest, NoOnScreenWindowGivesFalseAndLeavesTheKeyWindow) {
@@ -181,7 +182,8 @@ TEST_F(GnustepActivationTest, NoOnScreenWindowGivesFalseAndLeavesTheKeyWindow) {
     long const palette = open("palette", 0, DESKTOP_GNUSTEP_PANEL);
     desktop_gnustep_make_key(palette);
     stable_key_window();
-    const std::pair<long, Away> windows[] = {{main, c.main}, {second, c.second}, {palette, c.palette}};
+    const std::pair<long, Away> windows[] = {
+        {main, c.main}, {second, c.second}, {palette, c.palette}};
     for (const auto& w : windows) {
       if (w.second == Away::ORDERED_OUT)
         desktop_gnustep_order_out(w.first);
@@ -242,7 +244,8 @@ TEST_F(GnustepActivationTest, OptionsFilterOffScreenWindowsAndDesktopElements) {
 TEST_F(GnustepActivationTest, ListObjectsAreCountedWhileAliveAndFreedByOneRelease) {
   document("main document");
   open("palette", 0, DESKTOP_GNUSTEP_PANEL);
-  ASSERT_EQ(desktop_gnustep_add_foreign_window(getpid() + 1, 90004, 0, DESKTOP_GNUSTEP_ON_SCREEN), 1);
+  ASSERT_EQ(desktop_gnustep_add_foreign_window(getpid() + 1, 90004, 0, DESKTOP_GNUSTEP_ON_SCREEN),
+            1);
   settle();
   long const before = desktop_gnustep_live_cf_objects();
   CFArrayRef list = CGWindowListCopyWindowInfo(ON_SCREEN_ONLY, kCGNullWindowID);
@@ -250,13 +253,12 @@ TEST_F(GnustepActivationTest, ListObjectsAreCountedWhileAliveAndFreedByOneReleas
   ASSERT_EQ(CFArrayGetCount(list), 3);
   EXPECT_EQ(desktop_gnustep_live_cf_objects(), before + 1 + 3 * 4);
   // The seam answers from the real objects: the listed number finds the AppKit window.
-  void* window = ns_app_window_with_window_number(
-      entry(CFArrayGetValueAtIndex(list, 1), kCGWindowNumber));
+  void* window =
+      ns_app_window_with_window_number(entry(CFArrayGetValueAtIndex(list, 1), kCGWindowNumber));
   EXPECT_NE(window, nullptr);
   EXPECT_NE(ns_window_toolbar(window), nullptr);
   EXPECT_EQ(ns_window_level(window), 0);
-  EXPECT_EQ(ns_object_for_keyed_subscript(CFArrayGetValueAtIndex(list, 1), kCGWindowName),
-            nullptr);
+  EXPECT_EQ(ns_object_for_keyed_subscript(CFArrayGetValueAtIndex(list, 1), kCGWindowName), nullptr);
   CFRelease(list);
   EXPECT_EQ(desktop_gnustep_live_cf_objects(), before);
 }

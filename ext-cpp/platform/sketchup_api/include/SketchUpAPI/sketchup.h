@@ -4,7 +4,6 @@
 #include <SketchUpAPI/color.h>
 #include <SketchUpAPI/common.h>
 #include <SketchUpAPI/geometry.h>
-#include <SketchUpAPI/unicodestring.h>
 #include <SketchUpAPI/model/attribute_dictionary.h>
 #include <SketchUpAPI/model/component_definition.h>
 #include <SketchUpAPI/model/component_instance.h>
@@ -14,5 +13,6 @@
 #include <SketchUpAPI/model/group.h>
 #include <SketchUpAPI/model/model.h>
 #include <SketchUpAPI/model/typed_value.h>
+#include <SketchUpAPI/unicodestring.h>
 
 #endif

@@ -16,9 +16,9 @@ SU_EXPORT SUResult SUStringSetUTF8(SUStringRef string, const char* char_array);
 /* Length in bytes, without the terminator. */
 SU_EXPORT SUResult SUStringGetUTF8Length(SUStringRef string, size_t* out_length);
 /* Copies at most char_array_length - 1 bytes and always terminates the copy;
-   *out_number_of_chars_copied counts the bytes copied, without the terminator. */
-SU_EXPORT SUResult SUStringGetUTF8(SUStringRef string, size_t char_array_length, char* out_char_array,
-                                   size_t* out_number_of_chars_copied);
+ *out_number_of_chars_copied counts the bytes copied, without the terminator. */
+SU_EXPORT SUResult SUStringGetUTF8(SUStringRef string, size_t char_array_length,
+                                   char* out_char_array, size_t* out_number_of_chars_copied);
 
 SU_API_END
 

@@ -13,10 +13,12 @@ SU_EXPORT SUResult SUModelGetEntities(SUModelRef model, SUEntitiesRef* entities)
 /* Definitions owned by groups, and ordinary component definitions: two separate lists. */
 SU_EXPORT SUResult SUModelGetNumGroupDefinitions(SUModelRef model, size_t* count);
 SU_EXPORT SUResult SUModelGetGroupDefinitions(SUModelRef model, size_t len,
-                                              SUComponentDefinitionRef definitions[], size_t* count);
+                                              SUComponentDefinitionRef definitions[],
+                                              size_t* count);
 SU_EXPORT SUResult SUModelGetNumComponentDefinitions(SUModelRef model, size_t* count);
 SU_EXPORT SUResult SUModelGetComponentDefinitions(SUModelRef model, size_t len,
-                                                  SUComponentDefinitionRef definitions[], size_t* count);
+                                                  SUComponentDefinitionRef definitions[],
+                                                  size_t* count);
 
 SU_API_END
 

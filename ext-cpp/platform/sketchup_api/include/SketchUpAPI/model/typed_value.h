@@ -49,7 +49,8 @@ SU_EXPORT SUResult SUTypedValueSetTime(SUTypedValueRef typed_value, int64_t time
 SU_EXPORT SUResult SUTypedValueGetString(SUTypedValueRef typed_value, SUStringRef* string_value);
 SU_EXPORT SUResult SUTypedValueSetString(SUTypedValueRef typed_value, const char* string_value);
 SU_EXPORT SUResult SUTypedValueGetVector3d(SUTypedValueRef typed_value, double vector3d_value[3]);
-SU_EXPORT SUResult SUTypedValueSetVector3d(SUTypedValueRef typed_value, const double vector3d_value[3]);
+SU_EXPORT SUResult SUTypedValueSetVector3d(SUTypedValueRef typed_value,
+                                           const double vector3d_value[3]);
 SU_EXPORT SUResult SUTypedValueGetNumArrayItems(SUTypedValueRef typed_value, size_t* count);
 /* The items handed out belong to the array value and live as long as it does. */
 SU_EXPORT SUResult SUTypedValueGetArrayItems(SUTypedValueRef typed_value, size_t len,
