@@ -152,35 +152,28 @@ Ref make_ref(T* object) {
   return ref;
 }
 
-// Every SDK function, for call counting and fault injection.
-#define STANDIN_FUNCTIONS(X)                                                                       \
-  X(SUStringCreate)                                                                                \
-  X(SUStringCreateFromUTF8) X(SUStringRelease) X(SUStringSetUTF8) X(SUStringGetUTF8Length)         \
-      X(SUStringGetUTF8) X(SUModelFromExisting) X(SUModelGetEntities) X(                           \
-          SUModelGetNumGroupDefinitions) X(SUModelGetGroupDefinitions)                             \
-          X(SUModelGetNumComponentDefinitions) X(SUModelGetComponentDefinitions) X(                \
-              SUEntitiesGetNumGroups) X(SUEntitiesGetGroups) X(SUEntitiesGetNumInstances)          \
-              X(SUEntitiesGetInstances) X(SUEntityGetID) X(SUEntityGetNumAttributeDictionaries) X( \
-                  SUEntityGetAttributeDictionaries) X(SUGroupToEntity) X(SUGroupGetDefinition)     \
-                  X(SUGroupGetTransform) X(SUComponentInstanceToEntity) X(                         \
-                      SUComponentInstanceGetDefinition) X(SUComponentInstanceGetTransform)         \
-                      X(SUComponentDefinitionToEntity) X(SUComponentDefinitionGetEntities) X(      \
-                          SUAttributeDictionaryGetName) X(SUAttributeDictionaryGetValue)           \
-                          X(SUTypedValueCreate) X(SUTypedValueRelease) X(SUTypedValueGetType) X(   \
-                              SUTypedValueGetByte) X(SUTypedValueSetByte) X(SUTypedValueGetInt16)  \
-                              X(SUTypedValueSetInt16) X(SUTypedValueGetInt32)                      \
-                                  X(SUTypedValueSetInt32) X(SUTypedValueGetFloat)                  \
-                                      X(SUTypedValueSetFloat) X(SUTypedValueGetDouble)             \
-                                          X(SUTypedValueSetDouble) X(SUTypedValueGetBool)          \
-                                              X(SUTypedValueSetBool) X(SUTypedValueGetColor) X(    \
-                                                  SUTypedValueSetColor) X(SUTypedValueGetTime)     \
-                                                  X(SUTypedValueSetTime) X(SUTypedValueGetString)  \
-                                                      X(SUTypedValueSetString)                     \
-                                                          X(SUTypedValueGetVector3d)               \
-                                                              X(SUTypedValueSetVector3d) X(        \
-                                                                  SUTypedValueGetNumArrayItems)    \
-                                                                  X(SUTypedValueGetArrayItems)     \
-                                                                      X(SUTypedValueSetArrayItems)
+// Every SDK function, for call counting and fault injection; laid out by hand as a table.
+// clang-format off
+#define STANDIN_FUNCTIONS(X)                                                                     \
+  X(SUStringCreate) X(SUStringCreateFromUTF8) X(SUStringRelease) X(SUStringSetUTF8)             \
+  X(SUStringGetUTF8Length) X(SUStringGetUTF8) X(SUModelFromExisting) X(SUModelGetEntities)      \
+  X(SUModelGetNumGroupDefinitions) X(SUModelGetGroupDefinitions)                                \
+  X(SUModelGetNumComponentDefinitions) X(SUModelGetComponentDefinitions)                        \
+  X(SUEntitiesGetNumGroups) X(SUEntitiesGetGroups) X(SUEntitiesGetNumInstances)                 \
+  X(SUEntitiesGetInstances) X(SUEntityGetID) X(SUEntityGetNumAttributeDictionaries)             \
+  X(SUEntityGetAttributeDictionaries) X(SUGroupToEntity) X(SUGroupGetDefinition)                \
+  X(SUGroupGetTransform) X(SUComponentInstanceToEntity) X(SUComponentInstanceGetDefinition)     \
+  X(SUComponentInstanceGetTransform) X(SUComponentDefinitionToEntity)                           \
+  X(SUComponentDefinitionGetEntities) X(SUAttributeDictionaryGetName)                           \
+  X(SUAttributeDictionaryGetValue) X(SUTypedValueCreate) X(SUTypedValueRelease)                 \
+  X(SUTypedValueGetType) X(SUTypedValueGetByte) X(SUTypedValueSetByte) X(SUTypedValueGetInt16)  \
+  X(SUTypedValueSetInt16) X(SUTypedValueGetInt32) X(SUTypedValueSetInt32) X(SUTypedValueGetFloat) \
+  X(SUTypedValueSetFloat) X(SUTypedValueGetDouble) X(SUTypedValueSetDouble)                     \
+  X(SUTypedValueGetBool) X(SUTypedValueSetBool) X(SUTypedValueGetColor) X(SUTypedValueSetColor) \
+  X(SUTypedValueGetTime) X(SUTypedValueSetTime) X(SUTypedValueGetString)                        \
+  X(SUTypedValueSetString) X(SUTypedValueGetVector3d) X(SUTypedValueSetVector3d)               \
+  X(SUTypedValueGetNumArrayItems) X(SUTypedValueGetArrayItems) X(SUTypedValueSetArrayItems)
+// clang-format on
 
 enum class Fn : unsigned {
 #define STANDIN_ENUM(name) name,
