@@ -265,21 +265,7 @@ void queries(qmfuzz::Input& in) {
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   qmfuzz::Input in(data, size);
-  while (!in.empty()) {
-    switch (in.byte() % 4) {
-      case 0:
-        vectors(in);
-        break;
-      case 1:
-        transformations(in);
-        break;
-      case 2:
-        boxes(in);
-        break;
-      default:
-        queries(in);
-        break;
-    }
-  }
+  void (*const steps[])(qmfuzz::Input&) = {vectors, transformations, boxes, queries};
+  while (!in.empty()) steps[in.byte() % 4](in);
   return 0;
 }

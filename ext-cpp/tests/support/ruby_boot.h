@@ -12,6 +12,17 @@
 #include <quillmark/ruby/ruby_handles.h>
 #include <quillmark/ruby/ruby_lib.h>
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QMBOOT_ASAN 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(QMBOOT_ASAN)
+#define QMBOOT_ASAN 1
+#include <pthread.h>
+#include <sanitizer/asan_interface.h>
+#endif
+
 namespace qmboot {
 
 /// Processes options as `ruby --disable-gems -e ""` would: sets the load path and loads the
@@ -47,6 +58,24 @@ inline int fill_cache() {
       },
       Qnil, &state);
   return state;
+}
+
+/// Call where a raise was caught. A raise is a longjmp that AddressSanitizer is not told
+/// about: the instrumented frames it skipped never ran their epilogues, so their redzones
+/// stay poisoned, and frames built there later trip over them. Everything below the caller
+/// is dead, so it is cleared.
+inline void unpoison_below_here() {
+#if defined(QMBOOT_ASAN)
+  pthread_attr_t attributes;
+  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return;
+  void* lowest = nullptr;
+  std::size_t size = 0;
+  pthread_attr_getstack(&attributes, &lowest, &size);
+  pthread_attr_destroy(&attributes);
+  char here;
+  char* const low = static_cast<char*>(lowest);
+  if (low != nullptr && low < &here) __asan_unpoison_memory_region(low, &here - low);
+#endif
 }
 
 }  // namespace qmboot
