@@ -255,10 +255,14 @@ TEST_F(GnustepActivationTest, NoOnScreenWindowGivesFalseAndLeavesTheKeyWindow) {
     long const key_before = stable_key_window();
     for (const Listed& listed : window_list(ON_SCREEN_ONLY))
       for (const auto& w : windows)
-        if (w.second != Away::NOT) EXPECT_NE(listed.number, w.first);
+        if (w.second != Away::NOT) {
+          EXPECT_NE(listed.number, w.first);
+        }
     EXPECT_FALSE(activate());
     EXPECT_EQ(desktop_gnustep_key_window_number(), key_before);
-    if (c.palette == Away::NOT) EXPECT_EQ(key_before, panel);
+    if (c.palette == Away::NOT) {
+      EXPECT_EQ(key_before, panel);
+    }
     desktop_gnustep_close_all();
     settle();
   }
