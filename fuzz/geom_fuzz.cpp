@@ -42,11 +42,6 @@ Transformation matrix(qmfuzz::Input& in) {
   return t;
 }
 
-Quaternion quat(qmfuzz::Input& in) {
-  Vector4 const v = vec4(in);
-  return Quaternion(v.x, v.y, v.z, v.w);
-}
-
 // Within [low, high] or NaN: a NaN operand may give a NaN angle, never one out of range.
 bool in_range_or_nan(double a, double low, double high) {
   return std::isnan(a) || (a >= low && a <= high);
@@ -141,7 +136,8 @@ void transformations(qmfuzz::Input& in) {
   (void)Transformation(v, vec3(in));
   (void)Transformation(v, vec3(in), t);
 
-  Quaternion const q = quat(in);
+  Vector4 const qv = vec4(in);
+  Quaternion const q(qv.x, qv.y, qv.z, qv.w);
   Quaternion const qn = q.normalize();
   if (((q.w * q.w + q.x * q.x) + q.y * q.y) + q.z * q.z <= SQUARED_LENGTH_EPSILON)
     QM_FUZZ_CHECK(qn.w == 0.0 && qn.x == 0.0 && qn.y == 0.0 && qn.z == 0.0);

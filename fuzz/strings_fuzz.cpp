@@ -53,19 +53,7 @@ namespace {
 // Runs call() under rb_protect; answers what it raised, or Qnil.
 template <typename Call>
 VALUE protect(Call const& call, VALUE& result) {
-  struct Frame {
-    Call const* call;
-    VALUE* result;
-  } frame{&call, &result};
-  int state = 0;
-  rb_protect(
-      [](VALUE raw) -> VALUE {
-        auto* f = reinterpret_cast<Frame*>(raw);
-        *f->result = (*f->call)();
-        return Qnil;
-      },
-      reinterpret_cast<VALUE>(&frame), &state);
-  if (state == 0) return Qnil;
+  if (qmboot::protect([&] { result = call(); }) == 0) return Qnil;
   qmboot::unpoison_below_here();
   VALUE const error = rb_errinfo();
   rb_set_errinfo(Qnil);

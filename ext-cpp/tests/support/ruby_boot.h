@@ -8,6 +8,7 @@
 
 #include <cstring>
 #include <string>
+#include <type_traits>
 
 #include <quillmark/ruby/ruby_handles.h>
 #include <quillmark/ruby/ruby_lib.h>
@@ -48,16 +49,24 @@ inline int load_host(const char* host_ruby_dir) {
   return state;
 }
 
-/// Fills the handle cache under rb_protect; answers the state (0: filled).
-inline int fill_cache() {
+/// Runs f() under rb_protect; answers the state (0: it returned). No C++ object with a
+/// destructor may be live inside f across a call that can raise.
+template <class F>
+int protect(F&& f) {
+  using Callable = std::remove_reference_t<F>;
   int state = 0;
   rb_protect(
-      [](VALUE) -> VALUE {
-        RU::init_ruby();
+      [](VALUE data) -> VALUE {
+        (*reinterpret_cast<Callable*>(data))();
         return Qnil;
       },
-      Qnil, &state);
+      reinterpret_cast<VALUE>(&f), &state);
   return state;
+}
+
+/// Fills the handle cache under rb_protect; answers the state (0: filled).
+inline int fill_cache() {
+  return protect([] { RU::init_ruby(); });
 }
 
 /// Call where a raise was caught. A raise is a longjmp that AddressSanitizer is not told
