@@ -1,11 +1,14 @@
 # cmake -P driver for the package_consumer test: install, build the consumer against the
 # install only, then run the Ruby checks on it. Every step must succeed.
 
-foreach(var BUILD_DIR CONSUMER_SOURCE HEADERS_SOURCE WORK_DIR CONFIG CXX_COMPILER RUBY SCRIPT VERSION)
+foreach(var BUILD_DIR WORK_DIR CONFIG CXX_COMPILER RUBY VERSION)
   if(NOT ${var})
     message(FATAL_ERROR "run_package_test.cmake needs -D${var}=...")
   endif()
 endforeach()
+set(HEADERS_SOURCE "${CMAKE_CURRENT_LIST_DIR}/headers")
+set(SCRIPT "${CMAKE_CURRENT_LIST_DIR}/test_consumer.rb")
+get_filename_component(CONSUMER_SOURCE "${CMAKE_CURRENT_LIST_DIR}/../../../examples/consumer" ABSOLUTE)
 
 # Nothing from an earlier run may stand in for what this one installs.
 file(REMOVE_RECURSE "${WORK_DIR}")
