@@ -103,10 +103,7 @@ void bits_against_vector(qmfuzz::Input& in) {
       case 6:
       case 7:
         // reserve_pow2 grows to a power of two bytes, and only when the bit is not there yet.
-        if (op == 6)
-          buffer.reserve(bit);
-        else
-          buffer.reserve_pow2(bit);
+        op == 6 ? buffer.reserve(bit) : buffer.reserve_pow2(bit);
         if (op == 7 && bytes * 8 > model.size()) {
           std::size_t const needed = bytes;
           for (bytes = 1; bytes < needed;) bytes *= 2;

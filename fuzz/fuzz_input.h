@@ -4,12 +4,13 @@
 // Reads typed values off the fuzzer's byte stream. Once the bytes run out every read
 // answers zero, so a target never has to check the length itself.
 
+#include <cfloat>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 
 namespace qmfuzz {
 
@@ -40,38 +41,12 @@ class Input {
       take(&value, sizeof value);
       return value;
     }
-    static double const special[] = {0.0,
-                                     -0.0,
-                                     1.0,
-                                     -1.0,
-                                     0.5,
-                                     2.0,
-                                     1e-6,
-                                     -1e-6,
-                                     1e-12,
-                                     1e-7,
-                                     1e-3,
-                                     0.005,
-                                     0.9999995,
-                                     3.141592653589793,
-                                     1e15,
-                                     -1e15,
-                                     1e300,
-                                     -1e300,
-                                     1e-300,
-                                     std::numeric_limits<double>::denorm_min(),
-                                     std::numeric_limits<double>::min(),
-                                     std::numeric_limits<double>::max(),
-                                     std::numeric_limits<double>::lowest(),
-                                     std::numeric_limits<double>::infinity(),
-                                     -std::numeric_limits<double>::infinity(),
-                                     std::numeric_limits<double>::quiet_NaN(),
-                                     -std::numeric_limits<double>::quiet_NaN(),
-                                     4294967296.0,
-                                     -2147483649.0,
-                                     255.0,
-                                     256.0,
-                                     1e-5};
+    static double const special[] = {
+        0.0,           -0.0,     1.0,      -1.0,      0.5,    2.0,          1e-6,
+        -1e-6,         1e-12,    1e-7,     1e-3,      0.005,  0.9999995,    3.141592653589793,
+        1e15,          -1e15,    1e300,    -1e300,    1e-300, DBL_TRUE_MIN, DBL_MIN,
+        DBL_MAX,       -DBL_MAX, HUGE_VAL, -HUGE_VAL, NAN,    -NAN,         4294967296.0,
+        -2147483649.0, 255.0,    256.0,    1e-5};
     constexpr std::size_t count = sizeof special / sizeof special[0];
     return special[(tag - 128) % count];
   }

@@ -42,11 +42,6 @@ Transformation matrix(qmfuzz::Input& in) {
   return t;
 }
 
-Quaternion quat(qmfuzz::Input& in) {
-  Vector4 const v = vec4(in);
-  return Quaternion(v.x, v.y, v.z, v.w);
-}
-
 // Within [low, high] or NaN: a NaN operand may give a NaN angle, never one out of range.
 bool in_range_or_nan(double a, double low, double high) {
   return std::isnan(a) || (a >= low && a <= high);
@@ -141,7 +136,8 @@ void transformations(qmfuzz::Input& in) {
   (void)Transformation(v, vec3(in));
   (void)Transformation(v, vec3(in), t);
 
-  Quaternion const q = quat(in);
+  Vector4 const qv = vec4(in);
+  Quaternion const q(qv.x, qv.y, qv.z, qv.w);
   Quaternion const qn = q.normalize();
   if (((q.w * q.w + q.x * q.x) + q.y * q.y) + q.z * q.z <= SQUARED_LENGTH_EPSILON)
     QM_FUZZ_CHECK(qn.w == 0.0 && qn.x == 0.0 && qn.y == 0.0 && qn.z == 0.0);
@@ -265,21 +261,7 @@ void queries(qmfuzz::Input& in) {
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   qmfuzz::Input in(data, size);
-  while (!in.empty()) {
-    switch (in.byte() % 4) {
-      case 0:
-        vectors(in);
-        break;
-      case 1:
-        transformations(in);
-        break;
-      case 2:
-        boxes(in);
-        break;
-      default:
-        queries(in);
-        break;
-    }
-  }
+  void (*const steps[])(qmfuzz::Input&) = {vectors, transformations, boxes, queries};
+  while (!in.empty()) steps[in.byte() % 4](in);
   return 0;
 }

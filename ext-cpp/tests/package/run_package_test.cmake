@@ -1,11 +1,14 @@
 # cmake -P driver for the package_consumer test: install, build the consumer against the
 # install only, then run the Ruby checks on it. Every step must succeed.
 
-foreach(var BUILD_DIR CONSUMER_SOURCE HEADERS_SOURCE WORK_DIR CONFIG CXX_COMPILER RUBY SCRIPT VERSION)
+foreach(var BUILD_DIR WORK_DIR CONFIG CXX_COMPILER RUBY VERSION)
   if(NOT ${var})
     message(FATAL_ERROR "run_package_test.cmake needs -D${var}=...")
   endif()
 endforeach()
+set(HEADERS_SOURCE "${CMAKE_CURRENT_LIST_DIR}/headers")
+set(SCRIPT "${CMAKE_CURRENT_LIST_DIR}/test_consumer.rb")
+get_filename_component(CONSUMER_SOURCE "${CMAKE_CURRENT_LIST_DIR}/../../../examples/consumer" ABSOLUTE)
 
 # Nothing from an earlier run may stand in for what this one installs.
 file(REMOVE_RECURSE "${WORK_DIR}")
@@ -18,6 +21,22 @@ function(step)
     string(REPLACE ";" " " shown "${ARGN}")
     message(FATAL_ERROR "failed (${rc}): ${shown}")
   endif()
+endfunction()
+
+# refused(<what> SAYS <text>... COMMAND <command>...): the command must fail, saying each text.
+function(refused what)
+  cmake_parse_arguments(ARG "" "" "SAYS;COMMAND" ${ARGN})
+  execute_process(COMMAND ${ARG_COMMAND} RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+  string(REGEX REPLACE "[ \t\r\n]+" " " said "${out}${err}")
+  if(rc EQUAL 0)
+    message(FATAL_ERROR "${what} was accepted:\n${out}${err}")
+  endif()
+  foreach(text IN LISTS ARG_SAYS)
+    string(FIND "${said}" "${text}" at)
+    if(at LESS 0)
+      message(FATAL_ERROR "${what}: the refusal does not say \"${text}\":\n${out}${err}")
+    endif()
+  endforeach()
 endfunction()
 
 # Instrumented libraries need an instrumented consumer, linked with the sanitizers' runtime.
@@ -52,30 +71,15 @@ file(READ "${pc_file}" pc_recorded)
 string(REPLACE "ruby_abi=${own_abi}" "ruby_abi=${other_abi}" pc_altered "${pc_recorded}")
 file(WRITE "${pc_file}" "${pc_altered}")
 file(MAKE_DIRECTORY "${WORK_DIR}/refused-mkmf")
-execute_process(COMMAND ${CMAKE_COMMAND} -E env "PKG_CONFIG_PATH=${prefix}/lib/pkgconfig"
-                "${RUBY}" "${CONSUMER_SOURCE}/extconf.rb"
-                WORKING_DIRECTORY "${WORK_DIR}/refused-mkmf"
-                RESULT_VARIABLE mkmf_rc OUTPUT_VARIABLE mkmf_out ERROR_VARIABLE mkmf_err)
+refused("extconf.rb with an install for Ruby ${other_abi}" SAYS "built for Ruby ${other_abi}"
+        COMMAND ${CMAKE_COMMAND} -E chdir "${WORK_DIR}/refused-mkmf" ${CMAKE_COMMAND} -E env
+                "PKG_CONFIG_PATH=${prefix}/lib/pkgconfig" "${RUBY}" "${CONSUMER_SOURCE}/extconf.rb")
 file(WRITE "${pc_file}" "${pc_recorded}")
-string(FIND "${mkmf_out}${mkmf_err}" "built for Ruby ${other_abi}" at)
-if(mkmf_rc EQUAL 0 OR at LESS 0)
-  message(FATAL_ERROR "extconf.rb accepted an install for Ruby ${other_abi}:\n${mkmf_out}${mkmf_err}")
-endif()
-execute_process(COMMAND ${CMAKE_COMMAND} -S "${CONSUMER_SOURCE}" -B "${WORK_DIR}/refused"
-                "-DCMAKE_PREFIX_PATH=${prefix}" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
-                RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+refused("a consumer for Ruby ${own_abi} with an install for ${other_abi}"
+        SAYS "Ruby ${own_abi}" "Ruby ${other_abi}"
+        COMMAND ${CMAKE_COMMAND} -S "${CONSUMER_SOURCE}" -B "${WORK_DIR}/refused"
+                "-DCMAKE_PREFIX_PATH=${prefix}" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF)
 file(WRITE "${abi_file}" "${recorded}")
-string(REGEX REPLACE "[ \t\r\n]+" " " said "${out}${err}")
-if(rc EQUAL 0)
-  message(FATAL_ERROR "a consumer for Ruby ${own_abi} was accepted by an install for ${other_abi}")
-endif()
-foreach(abi "${own_abi}" "${other_abi}")
-  string(FIND "${said}" "Ruby ${abi}" at)
-  if(at LESS 0)
-    message(FATAL_ERROR "the refusal does not name Ruby ${abi}:\n${out}${err}")
-  endif()
-endforeach()
-message(STATUS "refused as expected: ${said}")
 # The build tree is not on the search path: the consumer must find everything in the prefix.
 step(${CMAKE_COMMAND} -S "${CONSUMER_SOURCE}" -B "${consumer_build}"
      "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_BUILD_TYPE=${CONFIG}"
@@ -100,14 +104,10 @@ step(${CMAKE_COMMAND} -S "${HEADERS_SOURCE}" -B "${WORK_DIR}/headers"
 step(${CMAKE_COMMAND} --build "${WORK_DIR}/headers" -j2)
 # Another major version is another API: refused.
 math(EXPR next_major "${major} + 1")
-execute_process(COMMAND ${CMAKE_COMMAND} -S "${HEADERS_SOURCE}" -B "${WORK_DIR}/headers-next"
+refused("find_package(Quillmark ${next_major}.0)" SAYS "${VERSION}"
+        COMMAND ${CMAKE_COMMAND} -S "${HEADERS_SOURCE}" -B "${WORK_DIR}/headers-next"
                 "-DCMAKE_PREFIX_PATH=${prefix}" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
-                "-DWANTED_VERSION=${next_major}.0"
-                RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
-string(FIND "${out}${err}" "${VERSION}" at)
-if(rc EQUAL 0 OR at LESS 0)
-  message(FATAL_ERROR "find_package(Quillmark ${next_major}.0) accepted version ${VERSION}:\n${out}${err}")
-endif()
+                "-DWANTED_VERSION=${next_major}.0")
 
 # The ordinary Ruby way: extconf.rb finds the install through pkg-config, make builds it.
 # The compiler and flags are the build's, so a clang/libc++ or sanitized install links.

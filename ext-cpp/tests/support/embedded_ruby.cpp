@@ -8,40 +8,14 @@
 
 #include "ruby_boot.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#include <pthread.h>
-#include <sanitizer/asan_interface.h>
-#endif
-
 namespace qmtest {
 
 ID marker_before_init = 0;
 bool host_loaded = false;
 
-namespace {
-
-// A raise is a longjmp that AddressSanitizer is not told about: the instrumented frames it
-// skipped never ran their epilogues, so their redzones stay poisoned, and frames built
-// there later trip over them. Everything below the frame that caught the raise is dead.
-void unpoison_skipped_frames() {
-#if defined(__SANITIZE_ADDRESS__)
-  pthread_attr_t attributes;
-  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return;
-  void* lowest = nullptr;
-  size_t size = 0;
-  pthread_attr_getstack(&attributes, &lowest, &size);
-  pthread_attr_destroy(&attributes);
-  char here;
-  char* const low = static_cast<char*>(lowest);
-  if (low != nullptr && low < &here) __asan_unpoison_memory_region(low, &here - low);
-#endif
-}
-
-}  // namespace
-
 std::string take_exception(int state) {
   if (state == 0) return std::string();
-  unpoison_skipped_frames();
+  qmboot::unpoison_below_here();
   VALUE error = rb_errinfo();
   rb_set_errinfo(Qnil);
   if (NIL_P(error)) return "non-local exit (tag " + std::to_string(state) + ")";

@@ -8,9 +8,8 @@
 // interpreter can; QM_HOST=none starts bare: no host stand-in, the cache left unfilled.
 
 #include <string>
-#include <type_traits>
 
-#include <quillmark/ruby/ruby_lib.h>
+#include "ruby_boot.h"
 
 namespace qmtest {
 
@@ -38,14 +37,7 @@ bool compact_and_verify();
 /// object with a destructor may be live inside f across a call that can raise.
 template <class F>
 std::string raised_by(F&& f) {
-  using Callable = std::remove_reference_t<F>;
-  auto trampoline = [](VALUE data) -> VALUE {
-    (*reinterpret_cast<Callable*>(data))();
-    return Qnil;
-  };
-  int state = 0;
-  rb_protect(trampoline, reinterpret_cast<VALUE>(&f), &state);
-  return take_exception(state);
+  return take_exception(qmboot::protect(f));
 }
 
 }  // namespace qmtest

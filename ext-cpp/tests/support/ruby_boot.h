@@ -8,9 +8,21 @@
 
 #include <cstring>
 #include <string>
+#include <type_traits>
 
 #include <quillmark/ruby/ruby_handles.h>
 #include <quillmark/ruby/ruby_lib.h>
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QMBOOT_ASAN 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(QMBOOT_ASAN)
+#define QMBOOT_ASAN 1
+#include <pthread.h>
+#include <sanitizer/asan_interface.h>
+#endif
 
 namespace qmboot {
 
@@ -37,16 +49,42 @@ inline int load_host(const char* host_ruby_dir) {
   return state;
 }
 
-/// Fills the handle cache under rb_protect; answers the state (0: filled).
-inline int fill_cache() {
+/// Runs f() under rb_protect; answers the state (0: it returned). No C++ object with a
+/// destructor may be live inside f across a call that can raise.
+template <class F>
+int protect(F&& f) {
+  using Callable = std::remove_reference_t<F>;
   int state = 0;
   rb_protect(
-      [](VALUE) -> VALUE {
-        RU::init_ruby();
+      [](VALUE data) -> VALUE {
+        (*reinterpret_cast<Callable*>(data))();
         return Qnil;
       },
-      Qnil, &state);
+      reinterpret_cast<VALUE>(&f), &state);
   return state;
+}
+
+/// Fills the handle cache under rb_protect; answers the state (0: filled).
+inline int fill_cache() {
+  return protect([] { RU::init_ruby(); });
+}
+
+/// Call where a raise was caught. A raise is a longjmp that AddressSanitizer is not told
+/// about: the instrumented frames it skipped never ran their epilogues, so their redzones
+/// stay poisoned, and frames built there later trip over them. Everything below the caller
+/// is dead, so it is cleared.
+inline void unpoison_below_here() {
+#if defined(QMBOOT_ASAN)
+  pthread_attr_t attributes;
+  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return;
+  void* lowest = nullptr;
+  std::size_t size = 0;
+  pthread_attr_getstack(&attributes, &lowest, &size);
+  pthread_attr_destroy(&attributes);
+  char here;
+  char* const low = static_cast<char*>(lowest);
+  if (low != nullptr && low < &here) __asan_unpoison_memory_region(low, &here - low);
+#endif
 }
 
 }  // namespace qmboot

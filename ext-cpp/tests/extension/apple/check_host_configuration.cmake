@@ -1,7 +1,6 @@
-# Configures the project for the host's platform (CMAKE_SYSTEM_NAME=Darwin, clang targeting
-# x86_64-apple-macos10.10) and checks the generated build of the bundle. There is no macOS
-# SDK here, so nothing is compiled or linked: try-compiles make static libraries, and what
-# is checked is the build CMake generates.
+# Configures the project for the host's platform (Darwin, clang targeting
+# x86_64-apple-macos10.10) and checks the build CMake generates for the bundle. With no macOS
+# SDK here nothing is compiled or linked: try-compiles make static libraries.
 #
 #   cmake -DSOURCE_DIR=<project> -DWORK_DIR=<scratch folder> -DCLANG=<clang>
 #         -DCLANGXX=<clang++> -P check_host_configuration.cmake
@@ -103,8 +102,7 @@ foreach(arm64 IN LISTS architecture_options)
 
   # No stand-in anywhere: not linked, not built, their headers not on any include path.
   foreach(stand_in quillmark_desktop quillmark_sketchup_api libruby)
-    string(FIND "${link}" "${stand_in}" at)
-    check("at EQUAL -1" "the bundle does not link ${stand_in}")
+    check("NOT link MATCHES \"${stand_in}\"" "the bundle does not link ${stand_in}")
   endforeach()
   file(READ "${dir}/CMakeFiles/TargetDirectories.txt" targets)
   foreach(stand_in quillmark_desktop quillmark_desktop_gnustep quillmark_sketchup_api)
@@ -112,8 +110,7 @@ foreach(arm64 IN LISTS architecture_options)
   endforeach()
   file(READ "${dir}/compile_commands.json" commands)
   foreach(include platform/desktop/include platform/sketchup_api/include GNUstep)
-    string(FIND "${commands}" "${include}" at)
-    check("at EQUAL -1" "nothing compiles against ${include}")
+    check("NOT commands MATCHES \"${include}\"" "nothing compiles against ${include}")
   endforeach()
 endforeach()
 

@@ -1,5 +1,5 @@
-// The input helpers against the X server's real pointer and cursor, and the key map that
-// stays simulated in this configuration.
+// The input helpers against the X server's real pointer and cursor on the display in
+// DISPLAY, and the key map that stays simulated in this configuration.
 
 #include <CoreGraphics/CoreGraphics.h>
 #include <desktop_gnustep_control.h>
@@ -61,23 +61,30 @@ int server_hide_count() {
   return shows;
 }
 
+// Through the platform call and through set_cursor_position: both report success, as the
+// server takes the move and pins the pointer to the screen itself.
 TEST_F(GnustepInputTest, WarpsMoveTheServerPointerWhichTheServerKeepsOnTheScreen) {
   int const right = DisplayWidth(display_, DefaultScreen(display_)) - 1;
   int const bottom = DisplayHeight(display_, DefaultScreen(display_)) - 1;
   const struct {
+    bool helper;
     double x, y;
     int32_t expected_x, expected_y;
   } cases[] = {
-      {10.9, 3.7, 10, 3},  // whole pixels: the fraction is cut toward zero
-      {10.9, -3.7, 10, 0},  // above the screen: pinned to its top row
-      {5000.0, 20.0, right, 20},  // past the right edge
-      {-70000.0, 1e9, 0, bottom},  // past the protocol's 16-bit range
-      {double(right), double(bottom), right, bottom},
+      {false, 10.9, 3.7, 10, 3},  // whole pixels: the fraction is cut toward zero
+      {false, 10.9, -3.7, 10, 0},  // above the screen: pinned to its top row
+      {false, 5000.0, 20.0, right, 20},  // past the right edge
+      {false, -70000.0, 1e9, 0, bottom},  // past the protocol's 16-bit range
+      {false, double(right), double(bottom), right, bottom},
+      {true, 40, 50, 40, 50},
+      {true, INT32_MAX, -1, right, 0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << "warp to (" << c.x << ", " << c.y << ")");
-    // The platform reports success: the server takes the move and pins it itself.
-    EXPECT_EQ(CGWarpMouseCursorPosition(CGPoint{c.x, c.y}), kCGErrorSuccess);
+    if (c.helper)
+      EXPECT_TRUE(set_cursor_position(static_cast<int32_t>(c.x), static_cast<int32_t>(c.y)));
+    else
+      EXPECT_EQ(CGWarpMouseCursorPosition(CGPoint{c.x, c.y}), kCGErrorSuccess);
     int server_x = -1, server_y = -1;
     server_pointer(&server_x, &server_y);
     EXPECT_EQ(server_x, c.expected_x);
@@ -89,56 +96,36 @@ TEST_F(GnustepInputTest, WarpsMoveTheServerPointerWhichTheServerKeepsOnTheScreen
   }
 }
 
-TEST_F(GnustepInputTest, SetCursorPositionOffTheScreenAnswersTrueAndLandsOnTheEdge) {
-  int const right = DisplayWidth(display_, DefaultScreen(display_)) - 1;
-  EXPECT_TRUE(set_cursor_position(40, 50));
-  int32_t x = 0, y = 0;
-  get_cursor_position(&x, &y);
-  EXPECT_EQ(x, 40);
-  EXPECT_EQ(y, 50);
-  EXPECT_TRUE(set_cursor_position(INT32_MAX, -1));
-  get_cursor_position(&x, &y);
-  EXPECT_EQ(x, right);
-  EXPECT_EQ(y, 0);
-}
-
-TEST_F(GnustepInputTest, ShowCursorFlipsTheServerCursorAndReturnsAtOnceWhenItMatches) {
+// show_cursor returns at once when the cursor already matches, and otherwise shows or hides
+// until it does; a platform show with nothing to undo is ignored, not sent (the server
+// would refuse it).
+TEST_F(GnustepInputTest, ShowCursorFlipsTheServerCursorAsOftenAsNeeded) {
   ASSERT_EQ(server_hide_count(), 0);
+  enum Call { SHOW, HIDE, PLATFORM_HIDE, PLATFORM_SHOW };
   const struct {
-    bool show;
-    bool answer;
-    long hides, shows;  // calls this step makes
+    Call call;
+    bool visible;  // show_cursor's answer, and the visibility afterwards
+    long hides, shows;  // platform calls this step makes
     int server_hides;  // the server's count afterwards
   } steps[] = {
-      {true, true, 0, 0, 0},  // already visible: nothing called
-      {false, false, 1, 0, 1},  // one hide
-      {false, false, 0, 0, 1},  // already hidden
-      {true, true, 0, 1, 0},  // one show undoes it
+      {SHOW, true, 0, 0, 0}, {HIDE, false, 1, 0, 1},          {HIDE, false, 0, 0, 1},
+      {SHOW, true, 0, 1, 0}, {PLATFORM_HIDE, false, 1, 0, 1}, {PLATFORM_HIDE, false, 1, 0, 2},
+      {SHOW, true, 0, 2, 0}, {PLATFORM_SHOW, true, 0, 1, 0},
   };
   for (const auto& step : steps) {
-    SCOPED_TRACE(testing::Message() << "show_cursor(" << step.show << ")");
+    SCOPED_TRACE(testing::Message() << "step " << &step - steps);
     long const hides = desktop_gnustep_call_count(DESKTOP_GNUSTEP_CALL_HIDE_CURSOR);
     long const shows = desktop_gnustep_call_count(DESKTOP_GNUSTEP_CALL_SHOW_CURSOR);
-    EXPECT_EQ(show_cursor(step.show), step.answer);
-    EXPECT_EQ(is_cursor_visible(), step.answer);
+    if (step.call == SHOW || step.call == HIDE)
+      EXPECT_EQ(show_cursor(step.call == SHOW), step.visible);
+    else
+      EXPECT_EQ(step.call == PLATFORM_HIDE ? CGDisplayHideCursor(0) : CGDisplayShowCursor(0),
+                kCGErrorSuccess);
+    EXPECT_EQ(is_cursor_visible(), step.visible);
     EXPECT_EQ(desktop_gnustep_call_count(DESKTOP_GNUSTEP_CALL_HIDE_CURSOR) - hides, step.hides);
     EXPECT_EQ(desktop_gnustep_call_count(DESKTOP_GNUSTEP_CALL_SHOW_CURSOR) - shows, step.shows);
     EXPECT_EQ(server_hide_count(), step.server_hides);
   }
-}
-
-TEST_F(GnustepInputTest, AfterTwoHidesShowCursorShowsUntilVisible) {
-  ASSERT_EQ(CGDisplayHideCursor(0), kCGErrorSuccess);
-  ASSERT_EQ(CGDisplayHideCursor(0), kCGErrorSuccess);
-  EXPECT_EQ(server_hide_count(), 2);
-  long const shows = desktop_gnustep_call_count(DESKTOP_GNUSTEP_CALL_SHOW_CURSOR);
-  EXPECT_TRUE(show_cursor(true));
-  EXPECT_EQ(desktop_gnustep_call_count(DESKTOP_GNUSTEP_CALL_SHOW_CURSOR) - shows, 2);
-  EXPECT_EQ(server_hide_count(), 0);
-  // A show with nothing to undo is ignored, not sent (the server would refuse it).
-  EXPECT_EQ(CGDisplayShowCursor(0), kCGErrorSuccess);
-  EXPECT_EQ(server_hide_count(), 0);
-  EXPECT_TRUE(is_cursor_visible());
 }
 
 TEST_F(GnustepInputTest, KeyMapStaysSimulated) {
