@@ -2,6 +2,7 @@
 #define QUILLMARK_GEOM_TRANSFORMATION_H
 
 #include <cmath>
+#include <cstddef>
 #include <type_traits>
 
 #if defined(__SSE2__) && !defined(__AVX__)
@@ -118,6 +119,16 @@ struct Transformation {
                    (x_axis.y * v.x + y_axis.y * v.y) + z_axis.y * v.z,
                    (x_axis.z * v.x + y_axis.z * v.y) + z_axis.z * v.z);
   }
+  /// The same operations on n points at once: out[i] = transform_vector(in[i]) (the weight's
+  /// factor, or the caller's), transform_vector2(in[i]) or rotate_vector(in[i]), bit for bit
+  /// as that loop gives them, on every processor. out may be in itself; otherwise the two
+  /// ranges must not overlap. Several points go through the vector unit at a time, with
+  /// the widest instructions the processor has.
+  void transform_vectors(Vector3 const* in, Vector3* out, std::size_t n) const noexcept;
+  void transform_vectors(Vector3 const* in, Vector3* out, std::size_t n,
+                         double factor) const noexcept;
+  void transform_vectors2(Vector3 const* in, Vector3* out, std::size_t n) const noexcept;
+  void rotate_vectors(Vector3 const* in, Vector3* out, std::size_t n) const noexcept;
   /// The origin's xyz divided by the weight, or undivided when |m[15]| <= 1e-6.
   Vector3 normal_origin() const noexcept;
   /// All 16 elements 0.

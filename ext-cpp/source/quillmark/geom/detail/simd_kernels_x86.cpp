@@ -1,0 +1,489 @@
+// The x86-64 kernels. Each function carries the instruction set it may use as a target
+// attribute, so one generic x86-64 build holds all three paths and the dispatcher picks one
+// at run time. The lanes do the reference arithmetic: every product and sum of the scalar
+// code, operands in the same order, no fused multiply-add (the library builds with
+// -ffp-contract=off, and no target here enables FMA in any case).
+#include <quillmark/geom/detail/simd_dispatch.h>
+
+#if defined(__x86_64__)
+
+// g++ 12's AVX-512 intrinsics start from _mm512_undefined_pd(), written as a variable
+// initialised from itself, which -Wuninitialized reports in every caller (GCC bug 105593,
+// fixed in later releases). The warning is about the header, not this code.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+#include <immintrin.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#include <quillmark/geom/geom_bounding_box3.h>
+#include <quillmark/geom/geom_transformation.h>
+
+#define QM_SSE2 __attribute__((target("sse2")))
+#define QM_AVX2 __attribute__((target("avx2")))
+#define QM_AVX512 __attribute__((target("avx2,avx512f")))
+
+namespace Geom {
+namespace detail {
+
+namespace {
+
+double const* doubles(Vector3 const* p) noexcept { return &p->x; }
+double* doubles(Vector3* p) noexcept { return &p->x; }
+
+// Boxes: the min/max selects of BoundingBox3::add, several points per step. Each lane keeps
+// its own running minimum and maximum of one axis; at the end the lanes are folded with the
+// same select. Numbers come out the same whatever the order, except for the sign of a zero:
+// +0 and -0 compare equal, so the sequential loop keeps whichever zero reached the box first.
+// settle_zeros puts that one back.
+
+// BoundingBox3::add's select on one axis: the running minimum and maximum.
+void fold(double& lo, double& hi, double v) noexcept {
+  lo = lo > v ? v : lo;
+  hi = v > hi ? v : hi;
+}
+
+// lanes holds `points` accumulator points (x, y, z each) of minima and as many of maxima;
+// folds them in order into box, which already holds the first.
+void fold_lanes(double* box, double const* lo, double const* hi, int points) noexcept {
+  for (int e = 0; e < 3; ++e) {
+    box[e] = lo[e];
+    box[3 + e] = hi[e];
+  }
+  for (int p = 1; p < points; ++p) {
+    for (int e = 0; e < 3; ++e) {
+      double const l = lo[3 * p + e];
+      double const h = hi[3 * p + e];
+      box[e] = box[e] > l ? l : box[e];
+      box[3 + e] = h > box[3 + e] ? h : box[3 + e];
+    }
+  }
+}
+
+// A zero result takes the sign of the first zero in [start, in[0], ..., in[n - 1]].
+void settle_zeros(double* box, double const* start, Vector3 const* in, std::size_t n) noexcept {
+  double const* p = doubles(in);
+  for (int e = 0; e < 6; ++e) {
+    if (box[e] != 0.0 || start[e] == 0.0) {
+      if (box[e] == 0.0) box[e] = start[e];
+      continue;
+    }
+    int const axis = e % 3;
+    for (std::size_t i = 0; i < n; ++i) {
+      if (p[3 * i + axis] == 0.0) {
+        box[e] = p[3 * i + axis];
+        break;
+      }
+    }
+  }
+}
+
+// Transforms and rotations of point arrays. kTranslate adds the origin column, kScale then
+// multiplies by the factor: transform_vector (both), transform_vector2 (translation only),
+// rotate_vector (neither).
+template <bool kTranslate, bool kScale>
+void points_tail(double const* m, double factor, Vector3 const* in, Vector3* out,
+                 std::size_t n) noexcept {
+  if (kScale) {
+    transform_points_reference(m, factor, in, out, n);
+  } else if (kTranslate) {
+    transform_points2_reference(m, in, out, n);
+  } else {
+    rotate_points_reference(m, in, out, n);
+  }
+}
+
+// ---- SSE2 ----
+
+// Column by column with A's columns held as register pairs: g++ left to itself broadcasts
+// all 16 elements of B up front and spills them.
+QM_SSE2 void product_sse2(double const* pa, double const* pb, double* pr) noexcept {
+  __m128d const a0l = _mm_loadu_pd(pa + 0), a0h = _mm_loadu_pd(pa + 2);
+  __m128d const a1l = _mm_loadu_pd(pa + 4), a1h = _mm_loadu_pd(pa + 6);
+  __m128d const a2l = _mm_loadu_pd(pa + 8), a2h = _mm_loadu_pd(pa + 10);
+  __m128d const a3l = _mm_loadu_pd(pa + 12), a3h = _mm_loadu_pd(pa + 14);
+  for (int c = 0; c < 4; ++c) {
+    __m128d const b0 = _mm_set1_pd(pb[4 * c + 0]);
+    __m128d const b1 = _mm_set1_pd(pb[4 * c + 1]);
+    __m128d const b2 = _mm_set1_pd(pb[4 * c + 2]);
+    __m128d const b3 = _mm_set1_pd(pb[4 * c + 3]);
+    __m128d const lo = _mm_add_pd(
+        _mm_add_pd(_mm_add_pd(_mm_mul_pd(a0l, b0), _mm_mul_pd(a1l, b1)), _mm_mul_pd(a2l, b2)),
+        _mm_mul_pd(a3l, b3));
+    __m128d const hi = _mm_add_pd(
+        _mm_add_pd(_mm_add_pd(_mm_mul_pd(a0h, b0), _mm_mul_pd(a1h, b1)), _mm_mul_pd(a2h, b2)),
+        _mm_mul_pd(a3h, b3));
+    _mm_storeu_pd(pr + 4 * c, lo);
+    _mm_storeu_pd(pr + 4 * c + 2, hi);
+  }
+}
+
+// Two points per step: three registers hold (x0 y0) (z0 x1) (y1 z1), and the accumulators
+// keep that pattern.
+QM_SSE2 void add_points_sse2(double* box, Vector3 const* in, std::size_t n) noexcept {
+  double const start[6] = {box[0], box[1], box[2], box[3], box[4], box[5]};
+  std::size_t const blocks = n / 2;
+  if (blocks == 0) {
+    add_points_reference(box, in, n);
+    return;
+  }
+  __m128d lo0 = _mm_setr_pd(box[0], box[1]);
+  __m128d lo1 = _mm_setr_pd(box[2], box[0]);
+  __m128d lo2 = _mm_setr_pd(box[1], box[2]);
+  __m128d hi0 = _mm_setr_pd(box[3], box[4]);
+  __m128d hi1 = _mm_setr_pd(box[5], box[3]);
+  __m128d hi2 = _mm_setr_pd(box[4], box[5]);
+  double const* p = doubles(in);
+  for (std::size_t b = 0; b < blocks; ++b, p += 6) {
+    __m128d const r0 = _mm_loadu_pd(p);
+    __m128d const r1 = _mm_loadu_pd(p + 2);
+    __m128d const r2 = _mm_loadu_pd(p + 4);
+    // min(a, b) is a < b ? a : b, so min(p, lo) is the select lo > p ? p : lo.
+    lo0 = _mm_min_pd(r0, lo0);
+    lo1 = _mm_min_pd(r1, lo1);
+    lo2 = _mm_min_pd(r2, lo2);
+    hi0 = _mm_max_pd(r0, hi0);
+    hi1 = _mm_max_pd(r1, hi1);
+    hi2 = _mm_max_pd(r2, hi2);
+  }
+  double lo[6];
+  double hi[6];
+  _mm_storeu_pd(lo, lo0);
+  _mm_storeu_pd(lo + 2, lo1);
+  _mm_storeu_pd(lo + 4, lo2);
+  _mm_storeu_pd(hi, hi0);
+  _mm_storeu_pd(hi + 2, hi1);
+  _mm_storeu_pd(hi + 4, hi2);
+  fold_lanes(box, lo, hi, 2);
+  for (std::size_t i = 2 * blocks; i < n; ++i) {
+    double const* q = doubles(in + i);
+    for (int e = 0; e < 3; ++e) fold(box[e], box[3 + e], q[e]);
+  }
+  settle_zeros(box, start, in, n);
+}
+
+// ---- AVX2 ----
+
+// Result rows as vectors over the result's four columns. Column c's minor keeps the rows
+// other than c; its p-th kept row, for c = 0..3, is (1 0 0 0), (2 2 1 1) or (3 3 3 2), so
+// one permutation of an input column lines up, for all four cofactors at once, the element
+// that the scalar code reads for position p. Every lane then runs the reference's products
+// and sums in the reference's order.
+constexpr int kKeptRow0 = 0x01;  // lanes (1, 0, 0, 0)
+constexpr int kKeptRow1 = 0x5A;  // lanes (2, 2, 1, 1)
+constexpr int kKeptRow2 = 0xBF;  // lanes (3, 3, 3, 2)
+
+QM_AVX2 void kept_rows(__m256d column, __m256d* out) noexcept {
+  out[0] = _mm256_permute4x64_pd(column, kKeptRow0);
+  out[1] = _mm256_permute4x64_pd(column, kKeptRow1);
+  out[2] = _mm256_permute4x64_pd(column, kKeptRow2);
+}
+
+QM_AVX2 void inverse_avx2(double const* m, double* out) noexcept {
+  __m256d k0[3];
+  __m256d k1[3];
+  __m256d k2[3];
+  __m256d k3[3];
+  kept_rows(_mm256_loadu_pd(m), k0);
+  kept_rows(_mm256_loadu_pd(m + 4), k1);
+  kept_rows(_mm256_loadu_pd(m + 8), k2);
+  kept_rows(_mm256_loadu_pd(m + 12), k3);
+
+  __m256d row[4];
+  for (int t = 0; t < 6; ++t) {
+    int const i = MINOR_ORDER[t][0];
+    int const j = MINOR_ORDER[t][1];
+    int const k = MINOR_ORDER[t][2];
+    __m256d const p23 = _mm256_mul_pd(k2[j], k3[k]);  // M(j, 2) M(k, 3)
+    __m256d const p01 = _mm256_mul_pd(k0[i], k1[j]);  // M(i, 0) M(j, 1)
+    __m256d const term[4] = {_mm256_mul_pd(k1[i], p23), _mm256_mul_pd(k0[i], p23),
+                             _mm256_mul_pd(k3[k], p01), _mm256_mul_pd(k2[k], p01)};
+    for (int r = 0; r < 4; ++r) {
+      if (t == 0) {
+        row[r] = term[r];
+      } else if (MINOR_NEGATIVE[t]) {
+        row[r] = _mm256_sub_pd(row[r], term[r]);
+      } else {
+        row[r] = _mm256_add_pd(row[r], term[r]);
+      }
+    }
+  }
+  // The cofactor signs (-1)^(r + c), applied last as in the reference.
+  __m256d const even = _mm256_setr_pd(1.0, -1.0, 1.0, -1.0);
+  __m256d const odd = _mm256_setr_pd(-1.0, 1.0, -1.0, 1.0);
+  row[0] = _mm256_mul_pd(row[0], even);
+  row[1] = _mm256_mul_pd(row[1], odd);
+  row[2] = _mm256_mul_pd(row[2], even);
+  row[3] = _mm256_mul_pd(row[3], odd);
+
+  double a0[4];  // row 0 of the adjugate: a[0], a[4], a[8], a[12]
+  _mm256_storeu_pd(a0, row[0]);
+  double const det = ((m[0] * a0[0] + m[1] * a0[1]) + m[2] * a0[2]) + m[3] * a0[3];
+  __m256d const g = _mm256_set1_pd(std::abs(det) > LENGTH_EPSILON ? 1.0 / det : 0.0);
+
+  // Rows to columns, then the scale.
+  __m256d const t0 = _mm256_unpacklo_pd(row[0], row[1]);
+  __m256d const t1 = _mm256_unpackhi_pd(row[0], row[1]);
+  __m256d const t2 = _mm256_unpacklo_pd(row[2], row[3]);
+  __m256d const t3 = _mm256_unpackhi_pd(row[2], row[3]);
+  _mm256_storeu_pd(out, _mm256_mul_pd(_mm256_permute2f128_pd(t0, t2, 0x20), g));
+  _mm256_storeu_pd(out + 4, _mm256_mul_pd(_mm256_permute2f128_pd(t1, t3, 0x20), g));
+  _mm256_storeu_pd(out + 8, _mm256_mul_pd(_mm256_permute2f128_pd(t0, t2, 0x31), g));
+  _mm256_storeu_pd(out + 12, _mm256_mul_pd(_mm256_permute2f128_pd(t1, t3, 0x31), g));
+}
+
+QM_AVX2 void product_avx2(double const* a, double const* b, double* out) noexcept {
+  __m256d const a0 = _mm256_loadu_pd(a);
+  __m256d const a1 = _mm256_loadu_pd(a + 4);
+  __m256d const a2 = _mm256_loadu_pd(a + 8);
+  __m256d const a3 = _mm256_loadu_pd(a + 12);
+  for (int c = 0; c < 4; ++c) {
+    __m256d const s = _mm256_add_pd(_mm256_mul_pd(a0, _mm256_broadcast_sd(b + 4 * c)),
+                                    _mm256_mul_pd(a1, _mm256_broadcast_sd(b + 4 * c + 1)));
+    __m256d const u = _mm256_add_pd(s, _mm256_mul_pd(a2, _mm256_broadcast_sd(b + 4 * c + 2)));
+    _mm256_storeu_pd(out + 4 * c,
+                     _mm256_add_pd(u, _mm256_mul_pd(a3, _mm256_broadcast_sd(b + 4 * c + 3))));
+  }
+}
+
+// Four points per step, one register per point: lanes x y z and a spare lane that repeats
+// z's arithmetic (so it raises no floating-point exception that z does not). The four
+// results are then packed into the three registers of the output.
+template <bool kTranslate, bool kScale>
+QM_AVX2 void points_avx2(double const* m, double factor, Vector3 const* in, Vector3* out,
+                         std::size_t n) noexcept {
+  __m256d const cx = _mm256_setr_pd(m[0], m[1], m[2], m[2]);
+  __m256d const cy = _mm256_setr_pd(m[4], m[5], m[6], m[6]);
+  __m256d const cz = _mm256_setr_pd(m[8], m[9], m[10], m[10]);
+  __m256d const co = _mm256_setr_pd(m[12], m[13], m[14], m[14]);
+  __m256d const f = _mm256_set1_pd(factor);
+  double const* src = doubles(in);
+  double* dst = doubles(out);
+  std::size_t const blocks = n / 4;
+  for (std::size_t b = 0; b < blocks; ++b, src += 12, dst += 12) {
+    __m256d r[4];
+    for (int p = 0; p < 4; ++p) {
+      __m256d v = _mm256_add_pd(_mm256_mul_pd(cx, _mm256_broadcast_sd(src + 3 * p)),
+                                _mm256_mul_pd(cy, _mm256_broadcast_sd(src + 3 * p + 1)));
+      v = _mm256_add_pd(v, _mm256_mul_pd(cz, _mm256_broadcast_sd(src + 3 * p + 2)));
+      if (kTranslate) v = _mm256_add_pd(v, co);
+      if (kScale) v = _mm256_mul_pd(v, f);
+      r[p] = v;
+    }
+    // (x0 y0 z0 x1) (y1 z1 x2 y2) (z2 x3 y3 z3); all loads of the step came first, so out
+    // may be in.
+    __m256d const o0 = _mm256_blend_pd(r[0], _mm256_permute4x64_pd(r[1], 0x00), 0x8);
+    __m256d const o1 = _mm256_blend_pd(_mm256_permute4x64_pd(r[1], 0xF9),
+                                       _mm256_permute2f128_pd(r[2], r[2], 0x00), 0xC);
+    __m256d const o2 =
+        _mm256_blend_pd(_mm256_permute4x64_pd(r[3], 0x90), _mm256_permute4x64_pd(r[2], 0xAA), 0x1);
+    _mm256_storeu_pd(dst, o0);
+    _mm256_storeu_pd(dst + 4, o1);
+    _mm256_storeu_pd(dst + 8, o2);
+  }
+  points_tail<kTranslate, kScale>(m, factor, in + 4 * blocks, out + 4 * blocks, n - 4 * blocks);
+}
+
+QM_AVX2 void transform_points_avx2(double const* m, double factor, Vector3 const* in, Vector3* out,
+                                   std::size_t n) noexcept {
+  points_avx2<true, true>(m, factor, in, out, n);
+}
+QM_AVX2 void transform_points2_avx2(double const* m, Vector3 const* in, Vector3* out,
+                                    std::size_t n) noexcept {
+  points_avx2<true, false>(m, 1.0, in, out, n);
+}
+QM_AVX2 void rotate_points_avx2(double const* m, Vector3 const* in, Vector3* out,
+                                std::size_t n) noexcept {
+  points_avx2<false, false>(m, 1.0, in, out, n);
+}
+
+// Four points per step in three registers: (x0 y0 z0 x1) (y1 z1 x2 y2) (z2 x3 y3 z3).
+QM_AVX2 void add_points_avx2(double* box, Vector3 const* in, std::size_t n) noexcept {
+  std::size_t const blocks = n / 4;
+  if (blocks == 0) {
+    add_points_sse2(box, in, n);
+    return;
+  }
+  double const start[6] = {box[0], box[1], box[2], box[3], box[4], box[5]};
+  __m256d lo0 = _mm256_setr_pd(box[0], box[1], box[2], box[0]);
+  __m256d lo1 = _mm256_setr_pd(box[1], box[2], box[0], box[1]);
+  __m256d lo2 = _mm256_setr_pd(box[2], box[0], box[1], box[2]);
+  __m256d hi0 = _mm256_setr_pd(box[3], box[4], box[5], box[3]);
+  __m256d hi1 = _mm256_setr_pd(box[4], box[5], box[3], box[4]);
+  __m256d hi2 = _mm256_setr_pd(box[5], box[3], box[4], box[5]);
+  double const* p = doubles(in);
+  for (std::size_t b = 0; b < blocks; ++b, p += 12) {
+    __m256d const r0 = _mm256_loadu_pd(p);
+    __m256d const r1 = _mm256_loadu_pd(p + 4);
+    __m256d const r2 = _mm256_loadu_pd(p + 8);
+    lo0 = _mm256_min_pd(r0, lo0);
+    lo1 = _mm256_min_pd(r1, lo1);
+    lo2 = _mm256_min_pd(r2, lo2);
+    hi0 = _mm256_max_pd(r0, hi0);
+    hi1 = _mm256_max_pd(r1, hi1);
+    hi2 = _mm256_max_pd(r2, hi2);
+  }
+  double lo[12];
+  double hi[12];
+  _mm256_storeu_pd(lo, lo0);
+  _mm256_storeu_pd(lo + 4, lo1);
+  _mm256_storeu_pd(lo + 8, lo2);
+  _mm256_storeu_pd(hi, hi0);
+  _mm256_storeu_pd(hi + 4, hi1);
+  _mm256_storeu_pd(hi + 8, hi2);
+  fold_lanes(box, lo, hi, 4);
+  for (std::size_t i = 4 * blocks; i < n; ++i) {
+    double const* q = doubles(in + i);
+    for (int e = 0; e < 3; ++e) fold(box[e], box[3 + e], q[e]);
+  }
+  settle_zeros(box, start, in, n);
+}
+
+// ---- AVX-512 ----
+
+// Eight points per step, 24 doubles in three registers of eight lanes. Output register k
+// holds doubles 8k..8k+7: lane l is component (8k + l) % 3 of point (8k + l) / 3. A
+// two-register permutation of a window of the input lines up, per lane, that point's x, y
+// or z; the coefficients are laid out in the same component pattern.
+struct Avx512PointLayout {
+  std::int64_t window[3];  // first double of each output register's 16-double window
+  std::int64_t pick[3][3][8];  // [register][x, y, z][lane]: index into the window
+  std::int64_t row[3][8];  // [register][lane]: the component, 0 to 2
+};
+
+constexpr Avx512PointLayout avx512_point_layout() {
+  Avx512PointLayout layout{};
+  for (int k = 0; k < 3; ++k) {
+    layout.window[k] = 3 * ((8 * k) / 3);
+    for (int l = 0; l < 8; ++l) {
+      int const g = 8 * k + l;
+      layout.row[k][l] = g % 3;
+      for (int c = 0; c < 3; ++c) layout.pick[k][c][l] = 3 * (g / 3) + c - layout.window[k];
+    }
+  }
+  return layout;
+}
+
+constexpr Avx512PointLayout kAvx512Points = avx512_point_layout();
+
+template <bool kTranslate, bool kScale>
+QM_AVX512 void points_avx512(double const* m, double factor, Vector3 const* in, Vector3* out,
+                             std::size_t n) noexcept {
+  __m512d coefficient[3][4];  // [register][x, y, z axis, origin]
+  __m512i pick[3][3];
+  for (int k = 0; k < 3; ++k) {
+    __m512i const rows = _mm512_loadu_si512(kAvx512Points.row[k]);
+    for (int c = 0; c < 4; ++c) {
+      coefficient[k][c] =
+          _mm512_permutexvar_pd(rows, _mm512_broadcast_f64x4(_mm256_loadu_pd(m + 4 * c)));
+    }
+    for (int c = 0; c < 3; ++c) pick[k][c] = _mm512_loadu_si512(kAvx512Points.pick[k][c]);
+  }
+  __m512d const f = _mm512_set1_pd(factor);
+  double const* src = doubles(in);
+  double* dst = doubles(out);
+  std::size_t const blocks = n / 8;
+  for (std::size_t b = 0; b < blocks; ++b, src += 24, dst += 24) {
+    __m512d window[3][2];
+    for (int k = 0; k < 3; ++k) {
+      window[k][0] = _mm512_loadu_pd(src + kAvx512Points.window[k]);
+      window[k][1] = _mm512_loadu_pd(src + kAvx512Points.window[k] + 8);
+    }
+    __m512d r[3];
+    for (int k = 0; k < 3; ++k) {
+      __m512d const x = _mm512_permutex2var_pd(window[k][0], pick[k][0], window[k][1]);
+      __m512d const y = _mm512_permutex2var_pd(window[k][0], pick[k][1], window[k][1]);
+      __m512d const z = _mm512_permutex2var_pd(window[k][0], pick[k][2], window[k][1]);
+      __m512d v =
+          _mm512_add_pd(_mm512_mul_pd(coefficient[k][0], x), _mm512_mul_pd(coefficient[k][1], y));
+      v = _mm512_add_pd(v, _mm512_mul_pd(coefficient[k][2], z));
+      if (kTranslate) v = _mm512_add_pd(v, coefficient[k][3]);
+      if (kScale) v = _mm512_mul_pd(v, f);
+      r[k] = v;
+    }
+    // All loads of the step came first, so out may be in.
+    _mm512_storeu_pd(dst, r[0]);
+    _mm512_storeu_pd(dst + 8, r[1]);
+    _mm512_storeu_pd(dst + 16, r[2]);
+  }
+  points_avx2<kTranslate, kScale>(m, factor, in + 8 * blocks, out + 8 * blocks, n - 8 * blocks);
+}
+
+QM_AVX512 void transform_points_avx512(double const* m, double factor, Vector3 const* in,
+                                       Vector3* out, std::size_t n) noexcept {
+  points_avx512<true, true>(m, factor, in, out, n);
+}
+QM_AVX512 void transform_points2_avx512(double const* m, Vector3 const* in, Vector3* out,
+                                        std::size_t n) noexcept {
+  points_avx512<true, false>(m, 1.0, in, out, n);
+}
+QM_AVX512 void rotate_points_avx512(double const* m, Vector3 const* in, Vector3* out,
+                                    std::size_t n) noexcept {
+  points_avx512<false, false>(m, 1.0, in, out, n);
+}
+
+// Eight points per step in three registers; lane l of register k holds axis (8k + l) % 3.
+QM_AVX512 void add_points_avx512(double* box, Vector3 const* in, std::size_t n) noexcept {
+  std::size_t const blocks = n / 8;
+  if (blocks == 0) {
+    add_points_avx2(box, in, n);
+    return;
+  }
+  double const start[6] = {box[0], box[1], box[2], box[3], box[4], box[5]};
+  double const min4[4] = {box[0], box[1], box[2], box[2]};
+  double const max4[4] = {box[3], box[4], box[5], box[5]};
+  __m512d lo[3];
+  __m512d hi[3];
+  for (int k = 0; k < 3; ++k) {
+    __m512i const rows = _mm512_loadu_si512(kAvx512Points.row[k]);
+    lo[k] = _mm512_permutexvar_pd(rows, _mm512_broadcast_f64x4(_mm256_loadu_pd(min4)));
+    hi[k] = _mm512_permutexvar_pd(rows, _mm512_broadcast_f64x4(_mm256_loadu_pd(max4)));
+  }
+  double const* p = doubles(in);
+  for (std::size_t b = 0; b < blocks; ++b, p += 24) {
+    for (int k = 0; k < 3; ++k) {
+      __m512d const r = _mm512_loadu_pd(p + 8 * k);
+      lo[k] = _mm512_min_pd(r, lo[k]);
+      hi[k] = _mm512_max_pd(r, hi[k]);
+    }
+  }
+  double los[24];
+  double his[24];
+  for (int k = 0; k < 3; ++k) {
+    _mm512_storeu_pd(los + 8 * k, lo[k]);
+    _mm512_storeu_pd(his + 8 * k, hi[k]);
+  }
+  fold_lanes(box, los, his, 8);
+  for (std::size_t i = 8 * blocks; i < n; ++i) {
+    double const* q = doubles(in + i);
+    for (int e = 0; e < 3; ++e) fold(box[e], box[3 + e], q[e]);
+  }
+  settle_zeros(box, start, in, n);
+}
+
+}  // namespace
+
+GeomKernels const SSE2_KERNELS = {inverse_reference,          product_sse2,
+                                  transform_points_reference, transform_points2_reference,
+                                  rotate_points_reference,    add_points_sse2};
+
+GeomKernels const AVX2_KERNELS = {inverse_avx2,           product_avx2,       transform_points_avx2,
+                                  transform_points2_avx2, rotate_points_avx2, add_points_avx2};
+
+GeomKernels const AVX512_KERNELS = {
+    inverse_avx2,         product_avx2,     transform_points_avx512, transform_points2_avx512,
+    rotate_points_avx512, add_points_avx512};
+
+}  // namespace detail
+}  // namespace Geom
+
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
+
+#endif
