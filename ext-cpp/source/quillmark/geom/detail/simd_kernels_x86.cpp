@@ -33,8 +33,10 @@ namespace detail {
 
 namespace {
 
-double const* doubles(Vector3 const* p) noexcept { return &p->x; }
-double* doubles(Vector3* p) noexcept { return &p->x; }
+// A Vector3 array is an array of doubles (its header asserts the layout). A cast rather
+// than &p->x: an empty batch may pass a null pointer.
+double const* doubles(Vector3 const* p) noexcept { return reinterpret_cast<double const*>(p); }
+double* doubles(Vector3* p) noexcept { return reinterpret_cast<double*>(p); }
 
 // Boxes: the min/max selects of BoundingBox3::add, several points per step. Each lane keeps
 // its own running minimum and maximum of one axis; at the end the lanes are folded with the
@@ -359,7 +361,10 @@ struct Avx512PointLayout {
 constexpr Avx512PointLayout avx512_point_layout() {
   Avx512PointLayout layout{};
   for (int k = 0; k < 3; ++k) {
-    layout.window[k] = 3 * ((8 * k) / 3);
+    // From the first point that reaches into register k, but never past the step's 24
+    // doubles: the last register's window is doubles 8 to 23.
+    int const first = 3 * ((8 * k) / 3);
+    layout.window[k] = first < 8 ? first : 8;
     for (int l = 0; l < 8; ++l) {
       int const g = 8 * k + l;
       layout.row[k][l] = g % 3;
