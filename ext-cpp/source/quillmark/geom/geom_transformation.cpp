@@ -113,6 +113,10 @@ Transformation Transformation::inverse() const noexcept {
   return r;
 }
 
+void detail::transformation_product(double const* a, double const* b, double* out) noexcept {
+  detail::simd_kernels().product(a, b, out);
+}
+
 void Transformation::transform_vectors(Vector3 const* in, Vector3* out,
                                        std::size_t n) const noexcept {
   detail::simd_kernels().transform_points(data(), determinant(), in, out, n);
