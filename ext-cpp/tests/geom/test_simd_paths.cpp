@@ -12,6 +12,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <quillmark/geom/geom_bounding_box3.h>
@@ -255,6 +256,27 @@ TEST(SimdPaths, ForcingFallsBackToWhatTheMachineHasAndSaysSo) {
     ::unsetenv("QUILLMARK_SIMD");
   }
   Geom::detail::reset_simd_path();
+}
+
+// The choice is made lazily by whichever thread comes first; several at once must agree
+// (and the thread sanitizer pass sees no race in it).
+TEST(SimdPaths, FirstUseFromSeveralThreadsAgrees) {
+  Geom::detail::reset_simd_path();
+  Transformation const t = Transformation::rotatez(0.5) * Transformation(Vector3(1, 2, 3));
+  SimdPath seen[4];
+  Transformation inverses[4];
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&, i] {
+      inverses[i] = t.inverse();
+      seen[i] = Geom::detail::simd_path();
+    });
+  }
+  for (std::thread& th : threads) th.join();
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(seen[i], Geom::detail::simd_path());
+    EXPECT_EQ(0, std::memcmp(&inverses[i], &inverses[0], sizeof inverses[0]));
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Paths, SimdPathTest, ::testing::ValuesIn(kPaths),
