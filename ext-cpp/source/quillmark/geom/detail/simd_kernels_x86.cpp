@@ -366,6 +366,92 @@ QM_AVX2 void add_points_avx2(double* box, Vector3 const* in, std::size_t n) noex
 
 // ---- AVX-512 ----
 
+// The AVX2 inverse with two result rows per register: rows 0 and 1 share their two-column
+// products (M(j, 2) M(k, 3)), as do rows 2 and 3 (M(i, 0) M(j, 1)), so each product is
+// formed once for both halves and every triple product and sum runs eight lanes wide.
+QM_AVX512 void inverse_avx512(double const* m, double* out) noexcept {
+  __m256d const c0 = _mm256_loadu_pd(m);
+  __m256d const c1 = _mm256_loadu_pd(m + 4);
+  __m256d const c2 = _mm256_loadu_pd(m + 8);
+  __m256d const c3 = _mm256_loadu_pd(m + 12);
+  // Halves (low | high): the first factors of rows 0 | 1 and of rows 2 | 3, and each
+  // column in both halves for the two-column products.
+  __m512d const f01 = _mm512_insertf64x4(_mm512_castpd256_pd512(c1), c0, 1);
+  __m512d const f23 = _mm512_insertf64x4(_mm512_castpd256_pd512(c3), c2, 1);
+  __m512d const d0 = _mm512_broadcast_f64x4(c0);
+  __m512d const d1 = _mm512_broadcast_f64x4(c1);
+  __m512d const d2 = _mm512_broadcast_f64x4(c2);
+  __m512d const d3 = _mm512_broadcast_f64x4(c3);
+  __m512d k01[3];
+  __m512d k23[3];
+  __m512d k0[3];
+  __m512d k1[3];
+  __m512d k2[3];
+  __m512d k3[3];
+  // _mm512_permutex_pd permutes within each half with the same pattern as kept_rows.
+  k01[0] = _mm512_permutex_pd(f01, kKeptRow0);
+  k01[1] = _mm512_permutex_pd(f01, kKeptRow1);
+  k01[2] = _mm512_permutex_pd(f01, kKeptRow2);
+  k23[0] = _mm512_permutex_pd(f23, kKeptRow0);
+  k23[1] = _mm512_permutex_pd(f23, kKeptRow1);
+  k23[2] = _mm512_permutex_pd(f23, kKeptRow2);
+  k0[0] = _mm512_permutex_pd(d0, kKeptRow0);
+  k0[1] = _mm512_permutex_pd(d0, kKeptRow1);
+  k0[2] = _mm512_permutex_pd(d0, kKeptRow2);
+  k1[0] = _mm512_permutex_pd(d1, kKeptRow0);
+  k1[1] = _mm512_permutex_pd(d1, kKeptRow1);
+  k1[2] = _mm512_permutex_pd(d1, kKeptRow2);
+  k2[0] = _mm512_permutex_pd(d2, kKeptRow0);
+  k2[1] = _mm512_permutex_pd(d2, kKeptRow1);
+  k2[2] = _mm512_permutex_pd(d2, kKeptRow2);
+  k3[0] = _mm512_permutex_pd(d3, kKeptRow0);
+  k3[1] = _mm512_permutex_pd(d3, kKeptRow1);
+  k3[2] = _mm512_permutex_pd(d3, kKeptRow2);
+
+  __m512d rows01 = _mm512_setzero_pd();
+  __m512d rows23 = _mm512_setzero_pd();
+  for (int t = 0; t < 6; ++t) {
+    int const i = MINOR_ORDER[t][0];
+    int const j = MINOR_ORDER[t][1];
+    int const k = MINOR_ORDER[t][2];
+    __m512d const p23 = _mm512_mul_pd(k2[j], k3[k]);
+    __m512d const p01 = _mm512_mul_pd(k0[i], k1[j]);
+    __m512d const term01 = _mm512_mul_pd(k01[i], p23);
+    __m512d const term23 = _mm512_mul_pd(k23[k], p01);
+    if (t == 0) {
+      rows01 = term01;
+      rows23 = term23;
+    } else if (MINOR_NEGATIVE[t]) {
+      rows01 = _mm512_sub_pd(rows01, term01);
+      rows23 = _mm512_sub_pd(rows23, term23);
+    } else {
+      rows01 = _mm512_add_pd(rows01, term01);
+      rows23 = _mm512_add_pd(rows23, term23);
+    }
+  }
+  // Signs and scale as in the AVX2 inverse: row 0 signed first, for the determinant.
+  __m512d const signs = _mm512_setr_pd(1.0, -1.0, 1.0, -1.0, -1.0, 1.0, -1.0, 1.0);
+  rows01 = _mm512_mask_mul_pd(rows01, 0x0F, rows01, signs);
+  __m256d const row0 = _mm512_castpd512_pd256(rows01);
+  __m256d const terms = _mm256_mul_pd(c0, row0);
+  __m128d const t01 = _mm256_castpd256_pd128(terms);
+  __m128d const t23 = _mm256_extractf128_pd(terms, 1);
+  __m128d sum = _mm_add_sd(t01, _mm_unpackhi_pd(t01, t01));
+  sum = _mm_add_sd(sum, t23);
+  sum = _mm_add_sd(sum, _mm_unpackhi_pd(t23, t23));
+  double const det = _mm_cvtsd_f64(sum);
+  __m512d const g = _mm512_set1_pd(std::abs(det) > LENGTH_EPSILON ? 1.0 / det : 0.0);
+  __m512d const g_signed = _mm512_mul_pd(signs, g);
+  rows01 = _mm512_mul_pd(rows01, _mm512_mask_blend_pd(0xF0, g, g_signed));
+  rows23 = _mm512_mul_pd(rows23, g_signed);
+
+  // Rows to columns: column c is (row0[c], row1[c], row2[c], row3[c]).
+  __m512i const cols01 = _mm512_setr_epi64(0, 4, 8, 12, 1, 5, 9, 13);
+  __m512i const cols23 = _mm512_setr_epi64(2, 6, 10, 14, 3, 7, 11, 15);
+  _mm512_storeu_pd(out, _mm512_permutex2var_pd(rows01, cols01, rows23));
+  _mm512_storeu_pd(out + 8, _mm512_permutex2var_pd(rows01, cols23, rows23));
+}
+
 // Eight points per step, 24 doubles in three registers of eight lanes. Output register k
 // holds doubles 8k..8k+7: lane l is component (8k + l) % 3 of point (8k + l) / 3. A
 // two-register permutation of a window of the input lines up, per lane, that point's x, y
@@ -526,9 +612,9 @@ GeomKernels const SSE2_KERNELS = {inverse_reference,          product_sse2,
 GeomKernels const AVX2_KERNELS = {inverse_avx2,           product_avx2,       transform_points_avx2,
                                   transform_points2_avx2, rotate_points_avx2, add_points_avx2};
 
-GeomKernels const AVX512_KERNELS = {
-    inverse_avx2,         product_avx2,     transform_points_avx512, transform_points2_avx512,
-    rotate_points_avx512, add_points_avx512};
+GeomKernels const AVX512_KERNELS = {inverse_avx512,          product_avx2,
+                                    transform_points_avx512, transform_points2_avx512,
+                                    rotate_points_avx512,    add_points_avx512};
 
 }  // namespace detail
 }  // namespace Geom
