@@ -452,6 +452,23 @@ QM_AVX512 void inverse_avx512(double const* m, double* out) noexcept {
   _mm512_storeu_pd(out + 8, _mm512_permutex2var_pd(rows01, cols23, rows23));
 }
 
+// Two columns of the product per register: A's columns in both halves, B's two columns
+// loaded as one register and each element broadcast within its half.
+QM_AVX512 void product_avx512(double const* a, double const* b, double* out) noexcept {
+  __m512d const a0 = _mm512_broadcast_f64x4(_mm256_loadu_pd(a));
+  __m512d const a1 = _mm512_broadcast_f64x4(_mm256_loadu_pd(a + 4));
+  __m512d const a2 = _mm512_broadcast_f64x4(_mm256_loadu_pd(a + 8));
+  __m512d const a3 = _mm512_broadcast_f64x4(_mm256_loadu_pd(a + 12));
+  for (int h = 0; h < 2; ++h) {
+    __m512d const bc = _mm512_loadu_pd(b + 8 * h);
+    __m512d const s = _mm512_add_pd(_mm512_mul_pd(a0, _mm512_permutex_pd(bc, 0x00)),
+                                    _mm512_mul_pd(a1, _mm512_permutex_pd(bc, 0x55)));
+    __m512d const u = _mm512_add_pd(s, _mm512_mul_pd(a2, _mm512_permutex_pd(bc, 0xAA)));
+    _mm512_storeu_pd(out + 8 * h,
+                     _mm512_add_pd(u, _mm512_mul_pd(a3, _mm512_permutex_pd(bc, 0xFF))));
+  }
+}
+
 // Eight points per step, 24 doubles in three registers of eight lanes. Output register k
 // holds doubles 8k..8k+7: lane l is component (8k + l) % 3 of point (8k + l) / 3. A
 // two-register permutation of a window of the input lines up, per lane, that point's x, y
@@ -612,7 +629,7 @@ GeomKernels const SSE2_KERNELS = {inverse_reference,          product_sse2,
 GeomKernels const AVX2_KERNELS = {inverse_avx2,           product_avx2,       transform_points_avx2,
                                   transform_points2_avx2, rotate_points_avx2, add_points_avx2};
 
-GeomKernels const AVX512_KERNELS = {inverse_avx512,          product_avx2,
+GeomKernels const AVX512_KERNELS = {inverse_avx512,          product_avx512,
                                     transform_points_avx512, transform_points2_avx512,
                                     rotate_points_avx512,    add_points_avx512};
 
