@@ -8,8 +8,8 @@
 #if defined(__x86_64__)
 
 // g++ 12's AVX-512 intrinsics start from _mm512_undefined_pd(), written as a variable
-// initialised from itself, which -Wuninitialized reports in every caller (GCC bug 105593,
-// fixed in later releases). The warning is about the header, not this code.
+// initialised from itself, which -Wuninitialized then reports in every caller. The warning
+// is about the header, not this code.
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wuninitialized"
@@ -50,8 +50,8 @@ void fold(double& lo, double& hi, double v) noexcept {
   hi = v > hi ? v : hi;
 }
 
-// lanes holds `points` accumulator points (x, y, z each) of minima and as many of maxima;
-// folds them in order into box, which already holds the first.
+// lo and hi hold the lanes' minima and maxima laid out as `points` points (x, y, z each);
+// folds them, in that order, into box.
 void fold_lanes(double* box, double const* lo, double const* hi, int points) noexcept {
   for (int e = 0; e < 3; ++e) {
     box[e] = lo[e];
