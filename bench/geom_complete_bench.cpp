@@ -146,6 +146,115 @@ void UniformTransition_Geom(benchmark::State& state) {
 }
 BENCHMARK(UniformTransition_Geom);
 
+// The same algorithm on bare doubles, written the obvious way and inlined: a textbook
+// cofactor inverse, Rodrigues rotations with std::sin and std::cos, the same guards. The
+// floor for our row; the setup checks that it computes the same frames (within 1e-9).
+namespace plain {
+
+struct V {
+  double x, y, z;
+};
+inline V operator+(V a, V b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
+inline V operator-(V a, V b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+inline V operator*(V a, double s) { return {a.x * s, a.y * s, a.z * s}; }
+inline double dot(V a, V b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+inline V cross(V a, V b) {
+  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+inline double length(V a) { return std::sqrt(dot(a, a)); }
+inline V sized(V a, double len) { return dot(a, a) > 1e-12 ? a * (len / length(a)) : a; }
+inline V rotate(V v, V k, double angle) {
+  double const s = std::sin(angle);
+  double const c = std::cos(angle);
+  return v * c + cross(k, v) * s + k * (dot(k, v) * (1.0 - c));
+}
+inline double clamp1(double c) { return std::min(std::max(c, -1.0), 1.0); }
+inline V column(double const* m, int c) { return {m[4 * c], m[4 * c + 1], m[4 * c + 2]}; }
+
+// The upper 3x3 block of the 4x4 inverse: cofactors over 3x3 minors, det by the first column.
+inline void inverse3(double const* m, V rows[3]) {
+  auto at = [m](int r, int c) { return m[4 * c + r]; };
+  auto cofactor = [&at](int r, int c) {
+    int rr[3], cc[3];
+    for (int i = 0, a = 0, b = 0; i < 4; ++i) {
+      if (i != r) rr[a++] = i;
+      if (i != c) cc[b++] = i;
+    }
+    double const d =
+        at(rr[0], cc[0]) *
+            (at(rr[1], cc[1]) * at(rr[2], cc[2]) - at(rr[1], cc[2]) * at(rr[2], cc[1])) -
+        at(rr[0], cc[1]) *
+            (at(rr[1], cc[0]) * at(rr[2], cc[2]) - at(rr[1], cc[2]) * at(rr[2], cc[0])) +
+        at(rr[0], cc[2]) *
+            (at(rr[1], cc[0]) * at(rr[2], cc[1]) - at(rr[1], cc[1]) * at(rr[2], cc[0]));
+    return ((r + c) % 2 == 0) ? d : -d;
+  };
+  double det = 0.0;
+  for (int r = 0; r < 4; ++r) det += at(r, 0) * cofactor(r, 0);
+  double const g = std::abs(det) > 1e-6 ? 1.0 / det : 0.0;
+  for (int r = 0; r < 3; ++r)  // inverse (r, c) = cofactor (c, r) / det
+    rows[r] = {cofactor(0, r) * g, cofactor(1, r) * g, cofactor(2, r) * g};
+}
+
+inline void transition(double const* a, double const* b, double t, double* out) {
+  V inv[3];
+  inverse3(b, inv);
+  double const ka = std::abs(a[15]) > 1e-6 ? 1.0 / a[15] : 1.0;
+  double const kb = std::abs(b[15]) > 1e-6 ? 1.0 / b[15] : 1.0;
+  V const sa{length(column(a, 0)) * ka, length(column(a, 1)) * ka, length(column(a, 2)) * ka};
+  V const sb{length(column(b, 0)) * kb, length(column(b, 1)) * kb, length(column(b, 2)) * kb};
+  V const oa = std::abs(a[15]) > 1e-6 ? column(a, 3) * (1.0 / a[15]) : column(a, 3);
+  V const ob = std::abs(b[15]) > 1e-6 ? column(b, 3) * (1.0 / b[15]) : column(b, 3);
+  V const xa = column(a, 0);
+  V const za = std::abs(sa.z) > 1e-6 ? column(a, 2) * (1.0 / sa.z) : column(a, 2);
+  V const zb = std::abs(sb.z) > 1e-6 ? column(b, 2) * (1.0 / sb.z) : column(b, 2);
+  double const d = dot(za, zb);
+  V const k = sized(std::abs(d) < 0.9999995 ? cross(za, zb) : xa, 1.0);
+  double const theta = std::acos(clamp1(d));
+  V const swung = rotate(xa, k, theta);
+  double const rx = dot(inv[0], swung) / sb.x;
+  double const ry = dot(inv[1], swung) / sb.y;
+  double const len = std::sqrt(rx * rx + ry * ry);
+  double phi = len > 1e-6 ? std::acos(clamp1(rx / len)) : 0.0;
+  if (ry < 0.0) phi = -phi;
+  V const zt = rotate(za, k, theta * t);
+  V const xt = rotate(rotate(xa, k, theta * t), zt, -(phi * t));
+  V const yt = cross(zt, xt);
+  V const st = sa + (sb - sa) * t;
+  V const o = oa + (ob - oa) * t;
+  V const cols[4] = {sized(xt, st.x), sized(yt, st.y), sized(zt, st.z), o};
+  for (int c = 0; c < 4; ++c) {
+    out[4 * c] = cols[c].x;
+    out[4 * c + 1] = cols[c].y;
+    out[4 * c + 2] = cols[c].z;
+    out[4 * c + 3] = c == 3 ? 1.0 : 0.0;
+  }
+}
+
+}  // namespace plain
+
+void UniformTransition_PlainFloor(benchmark::State& state) {
+  std::vector<Transformation> const a = scaled_frames(2);
+  std::vector<Transformation> const b = scaled_frames(3);
+  for (std::size_t i = 0; i < kTable; ++i) {
+    Transformation floor;
+    plain::transition(a[i].data(), b[i].data(), 0.3, floor.data());
+    Transformation const ours = a[i].uniform_transition_to(b[i], 0.3);
+    for (int e = 0; e < 16; ++e) {
+      if (!(std::abs(floor.data()[e] - ours.data()[e]) <= 1e-9)) {
+        state.SkipWithError("the floor computes other frames than uniform_transition_to");
+        return;
+      }
+    }
+  }
+  each_input(state, [&](std::size_t i) {
+    Transformation r;
+    plain::transition(a[i].data(), b[i].data(), 0.3, r.data());
+    return r;
+  });
+}
+BENCHMARK(UniformTransition_PlainFloor);
+
 // The usual alternative: decompose both frames into rotation, scale and translation once
 // per call, slerp the rotations, lerp the rest, and compose. A different algorithm with
 // the same job, so a peer rather than a floor.

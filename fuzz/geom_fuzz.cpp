@@ -7,6 +7,7 @@
 #include <cstring>
 #include <stdexcept>
 
+#include <quillmark/geom/detail/simd_dispatch.h>
 #include <quillmark/geom/geom.h>
 #include "fuzz_input.h"
 
@@ -17,6 +18,23 @@ namespace {
 constexpr double kPi = 3.141592653589793;
 
 bool same_bits(void const* a, void const* b, std::size_t n) { return std::memcmp(a, b, n) == 0; }
+
+// Equal bits, any NaN matching any NaN: with two NaN operands x86 returns the first, and the
+// compiler may swap the operands of + and *, so only NaN-ness is fixed for a NaN result.
+bool same_numbers(double const* a, double const* b, std::size_t n) {
+  for (std::size_t i = 0; i < n; ++i) {
+    if (!(std::isnan(a[i]) && std::isnan(b[i])) && !same_bits(a + i, b + i, sizeof(double)))
+      return false;
+  }
+  return true;
+}
+
+using detail::SimdPath;
+#if defined(__x86_64__)
+constexpr SimdPath kPaths[] = {SimdPath::sse2, SimdPath::avx2, SimdPath::avx512};
+#else
+constexpr SimdPath kPaths[] = {SimdPath::scalar};
+#endif
 
 bool equal(Vector3 const& a, Vector3 const& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
 
@@ -148,6 +166,53 @@ void transformations(qmfuzz::Input& in) {
   (void)Transformation(product, v);
 }
 
+// Every vector path the machine has against the reference kernels, on the same input: the
+// inverse and product of arbitrary matrices, the point loops and box growth over up to 19
+// points (every tail length of every path).
+void paths(qmfuzz::Input& in) {
+  Transformation const a = matrix(in);
+  Transformation const b = matrix(in);
+  double const factor = in.real();
+  std::size_t const n = in.byte() % 20;
+  Vector3 points[19];
+  for (std::size_t i = 0; i < n; ++i) points[i] = vec3(in);
+  BoundingBox3 const start(vec3(in), vec3(in));
+
+  double inverse[16];
+  double product[16];
+  detail::inverse_reference(a.data(), inverse);
+  detail::product_reference(a.data(), b.data(), product);
+  Vector3 moved[3][19];
+  detail::transform_points_reference(a.data(), factor, points, moved[0], n);
+  detail::transform_points2_reference(a.data(), points, moved[1], n);
+  detail::rotate_points_reference(a.data(), points, moved[2], n);
+  BoundingBox3 grown = start;
+  for (std::size_t i = 0; i < n; ++i) grown.add(points[i]);
+
+  for (SimdPath path : kPaths) {
+    if (!detail::simd_path_supported(path)) continue;
+    detail::GeomKernels const& k = detail::simd_kernels(path);
+    double m[16];
+    k.inverse(a.data(), m);
+    QM_FUZZ_CHECK(same_numbers(m, inverse, 16));
+    k.product(a.data(), b.data(), m);
+    QM_FUZZ_CHECK(same_numbers(m, product, 16));
+    Vector3 out[19];
+    k.transform_points(a.data(), factor, points, out, n);
+    QM_FUZZ_CHECK(same_numbers(&out[0].x, &moved[0][0].x, 3 * n));
+    // In place, too.
+    std::memcpy(static_cast<void*>(out), points, sizeof points);
+    k.transform_points2(a.data(), out, out, n);
+    QM_FUZZ_CHECK(same_numbers(&out[0].x, &moved[1][0].x, 3 * n));
+    k.rotate_points(a.data(), points, out, n);
+    QM_FUZZ_CHECK(same_numbers(&out[0].x, &moved[2][0].x, 3 * n));
+    double box[6];
+    std::memcpy(box, &start, sizeof box);
+    k.add_points(box, points, n);
+    QM_FUZZ_CHECK(same_bits(box, &grown, sizeof box));
+  }
+}
+
 // Corner index k of a box with `corners` corners throws exactly when out of range.
 template <typename Box>
 void check_corner(Box const& box, unsigned long k, unsigned long corners) {
@@ -261,7 +326,7 @@ void queries(qmfuzz::Input& in) {
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   qmfuzz::Input in(data, size);
-  void (*const steps[])(qmfuzz::Input&) = {vectors, transformations, boxes, queries};
-  while (!in.empty()) steps[in.byte() % 4](in);
+  void (*const steps[])(qmfuzz::Input&) = {vectors, transformations, boxes, paths, queries};
+  while (!in.empty()) steps[in.byte() % 5](in);
   return 0;
 }

@@ -2,7 +2,8 @@
 # Installs what a fresh Debian 12 lacks to build and test Quillmark: compiler, CMake,
 # Ruby 3.1 with its headers, GoogleTest, and the tools the tests call (nm, readelf,
 # valgrind for the leak check of the Ruby bridge, clang for the host platform's configuration).
-# Extra package sets: `setup.sh bench` adds the benchmark peers, `setup.sh fuzz` clang,
+# Extra package sets: `setup.sh bench` adds the benchmark peers (and matplotlib for
+# bench/plot_scaling.py), `setup.sh fuzz` clang,
 # `setup.sh clang` clang with libc++ (and GoogleTest's sources), `setup.sh lint` clang-tidy
 # and clang-format, `setup.sh coverage` gcovr, `setup.sh gnustep` GNUstep's AppKit with
 # Objective-C, a virtual X server and netpbm (the desktop over real windows, its demo and its
@@ -14,7 +15,8 @@ set -euo pipefail
 packages=(g++ make cmake binutils pkg-config ruby ruby-dev libgtest-dev libgmock-dev valgrind clang llvm)
 for extra in "$@"; do
   case "$extra" in
-    bench) packages+=(libbenchmark-dev libeigen3-dev libglm-dev libtbb-dev libthread-pool-dev) ;;
+    bench) packages+=(libbenchmark-dev libeigen3-dev libglm-dev libtbb-dev libthread-pool-dev
+                      python3-matplotlib) ;;
     fuzz) packages+=(clang libclang-rt-14-dev) ;;
     clang) packages+=(clang libc++-dev libc++abi-dev googletest) ;;
     lint) packages+=(clang clang-tidy clang-format) ;;

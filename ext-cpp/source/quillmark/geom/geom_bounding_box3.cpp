@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <stdexcept>
 
+#include <quillmark/geom/detail/simd_dispatch.h>
 #include <quillmark/geom/geom_transformation.h>
 
 namespace Geom {
@@ -26,6 +28,14 @@ BoundingBox3& BoundingBox3::add(Vector3 const& lo_, Vector3 const& hi_) noexcept
   if (hi.x > max.x) max.x = hi.x;
   if (hi.y > max.y) max.y = hi.y;
   if (hi.z > max.z) max.z = hi.z;
+  return *this;
+}
+
+BoundingBox3& BoundingBox3::add(Vector3 const* points, std::size_t n) noexcept {
+  double box[6];
+  std::memcpy(box, this, sizeof box);
+  detail::simd_kernels().add_points(box, points, n);
+  std::memcpy(static_cast<void*>(this), box, sizeof box);
   return *this;
 }
 

@@ -51,6 +51,9 @@ struct BoundingBox3 {
     max.z = p.z > max.z ? p.z : max.z;
     return *this;
   }
+  /// add(points[i]) for i = 0 .. n-1 in turn, with the same result bit for bit (a zero
+  /// corner keeps the sign of the first zero that reached it), several points at a time.
+  BoundingBox3& add(Vector3 const* points, std::size_t n) noexcept;
   /// Grows to cover b as well; adding the empty box changes nothing.
   BoundingBox3& add(BoundingBox3 const& b) noexcept;
   /// Lowers min by lo and raises max by hi per axis; lo never raises min, hi never lowers max.

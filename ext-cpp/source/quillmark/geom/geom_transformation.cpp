@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include <quillmark/geom/detail/simd_dispatch.h>
 #include <quillmark/geom/geom_quaternion.h>
 
 namespace Geom {
@@ -104,87 +105,35 @@ Vector3 Transformation::normal_origin() const noexcept {
   return origin;
 }
 
-namespace {
-
-// Two doubles processed together (scalar code where the target has no vector unit).
-// Lane-wise + - * round exactly as the scalar operations do.
-typedef double Lanes __attribute__((vector_size(16)));
-
-}  // namespace
-
 Transformation Transformation::inverse() const noexcept {
-  double const* m = data();
-  auto at = [m](int row, int col) { return m[4 * col + row]; };
+  // The arithmetic (adjugate, expansion, threshold) lives with the vector kernels; every
+  // path gives the bits of detail::inverse_reference.
+  Transformation r;
+  detail::simd_kernels().inverse(data(), r.data());
+  return r;
+}
 
-  // The adjugate: result element (r, c) is the cofactor of M at row c, column r, the
-  // determinant of a 3x3 minor written out as six signed triple products, one element from
-  // each of the minor's columns. For r = 0 and 1 the minor keeps columns 2 and 3, and each
-  // triple product is M(i, 1 or 0) * (M(j, 2) M(k, 3)); for r = 2 and 3 it keeps columns 0
-  // and 1, and each is M(k, 3 or 2) * (M(i, 0) M(j, 1)). Grouped that way the two-column
-  // products are formed once and two cofactors advance side by side, with exactly the
-  // roundings of the scalar expression.
-  Lanes p23[4][4];  // both lanes M(i, 2) M(j, 3)
-  Lanes p01[4][4];  // both lanes M(i, 0) M(j, 1)
-  Lanes col10[4];
-  Lanes col32[4];
-  for (int i = 0; i < 4; ++i) {
-    for (int j = 0; j < 4; ++j) {
-      double const q23 = at(i, 2) * at(j, 3);
-      double const q01 = at(i, 0) * at(j, 1);
-      p23[i][j] = Lanes{q23, q23};
-      p01[i][j] = Lanes{q01, q01};
-    }
-    col10[i] = Lanes{at(i, 1), at(i, 0)};
-    col32[i] = Lanes{at(i, 3), at(i, 2)};
-  }
+void detail::transformation_product(double const* a, double const* b, double* out) noexcept {
+  detail::simd_kernels().product(a, b, out);
+}
 
-  // The six row orders of a minor; the odd permutations are subtracted.
-  static constexpr int kOrder[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2},
-                                       {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
-  static constexpr bool kNegative[6] = {false, true, true, false, false, true};
+void Transformation::transform_vectors(Vector3 const* in, Vector3* out,
+                                       std::size_t n) const noexcept {
+  detail::simd_kernels().transform_points(data(), determinant(), in, out, n);
+}
 
-  double a[16];
-  for (int c = 0; c < 4; ++c) {
-    int rows[3];
-    for (int i = 0, n = 0; i < 4; ++i) {
-      if (i != c) rows[n++] = i;
-    }
-    Lanes lo = {0.0, 0.0};  // result elements (0, c) and (1, c)
-    Lanes hi = {0.0, 0.0};  // result elements (2, c) and (3, c)
-    for (int t = 0; t < 6; ++t) {
-      int const i = rows[kOrder[t][0]];
-      int const j = rows[kOrder[t][1]];
-      int const k = rows[kOrder[t][2]];
-      Lanes const tl = col10[i] * p23[j][k];
-      Lanes const th = col32[k] * p01[i][j];
-      if (t == 0) {
-        lo = tl;
-        hi = th;
-      } else if (kNegative[t]) {
-        lo -= tl;
-        hi -= th;
-      } else {
-        lo += tl;
-        hi += th;
-      }
-    }
-    // The cofactor sign (-1)^(r + c): negation is exact, so applying it last changes nothing.
-    double const s = (c % 2 == 0) ? 1.0 : -1.0;
-    lo *= Lanes{s, -s};
-    hi *= Lanes{s, -s};
-    a[4 * c] = lo[0];
-    a[4 * c + 1] = lo[1];
-    a[4 * c + 2] = hi[0];
-    a[4 * c + 3] = hi[1];
-  }
+void Transformation::transform_vectors(Vector3 const* in, Vector3* out, std::size_t n,
+                                       double factor) const noexcept {
+  detail::simd_kernels().transform_points(data(), factor, in, out, n);
+}
 
-  // Expansion along M's first column, w included.
-  double const det = ((m[0] * a[0] + m[1] * a[4]) + m[2] * a[8]) + m[3] * a[12];
-  // An absolute threshold, so a near-singular matrix inverts to zeros rather than to huge
-  // values; the comparison must stay strict so that |det| = 1e-6 is singular too.
-  double const g = std::abs(det) > LENGTH_EPSILON ? 1.0 / det : 0.0;
-  for (double& e : a) e *= g;
-  return Transformation(a);
+void Transformation::transform_vectors2(Vector3 const* in, Vector3* out,
+                                        std::size_t n) const noexcept {
+  detail::simd_kernels().transform_points2(data(), in, out, n);
+}
+
+void Transformation::rotate_vectors(Vector3 const* in, Vector3* out, std::size_t n) const noexcept {
+  detail::simd_kernels().rotate_points(data(), in, out, n);
 }
 
 Vector3 Transformation::scale() const noexcept {

@@ -2,11 +2,8 @@
 #define QUILLMARK_GEOM_TRANSFORMATION_H
 
 #include <cmath>
+#include <cstddef>
 #include <type_traits>
-
-#if defined(__SSE2__) && !defined(__AVX__)
-#include <emmintrin.h>
-#endif
 
 #include <quillmark/geom/geom_tolerances.h>
 #include <quillmark/geom/geom_vector3.h>
@@ -15,6 +12,11 @@
 namespace Geom {
 
 struct Quaternion;
+
+namespace detail {
+/// The 4x4 product a b of two 16-double arrays into out, through the vector kernels.
+void transformation_product(double const* a, double const* b, double* out) noexcept;
+}  // namespace detail
 
 /// A 4x4 transformation in double precision, stored as 16 doubles column-major: element
 /// m[4c + r] is row r of column c, and the columns are x_axis, y_axis, z_axis, origin (the
@@ -118,6 +120,16 @@ struct Transformation {
                    (x_axis.y * v.x + y_axis.y * v.y) + z_axis.y * v.z,
                    (x_axis.z * v.x + y_axis.z * v.y) + z_axis.z * v.z);
   }
+  /// The same operations on n points at once: out[i] = transform_vector(in[i]) (the weight's
+  /// factor, or the caller's), transform_vector2(in[i]) or rotate_vector(in[i]), bit for bit
+  /// as that loop gives them, on every processor. out may be in itself; otherwise the two
+  /// ranges must not overlap. Several points go through the vector unit at a time, with
+  /// the widest instructions the processor has.
+  void transform_vectors(Vector3 const* in, Vector3* out, std::size_t n) const noexcept;
+  void transform_vectors(Vector3 const* in, Vector3* out, std::size_t n,
+                         double factor) const noexcept;
+  void transform_vectors2(Vector3 const* in, Vector3* out, std::size_t n) const noexcept;
+  void rotate_vectors(Vector3 const* in, Vector3* out, std::size_t n) const noexcept;
   /// The origin's xyz divided by the weight, or undivided when |m[15]| <= 1e-6.
   Vector3 normal_origin() const noexcept;
   /// All 16 elements 0.
@@ -198,36 +210,15 @@ inline Vector4 operator*(Transformation const& a, Vector4 const& v) noexcept {
 /// build gives the same bits. The result is built as a new value and can never alias an
 /// operand.
 inline Transformation operator*(Transformation const& a, Transformation const& b) noexcept {
-#if defined(__SSE2__) && !defined(__AVX__)
-  // Plain x86-64: g++ broadcasts all 16 elements of B up front and spills them to the
-  // stack; column by column with A's columns held as register pairs it keeps everything in
-  // registers. Lane arithmetic is the scalar arithmetic, in the same order.
-  double const* pa = a.data();
-  double const* pb = b.data();
-  __m128d const a0l = _mm_loadu_pd(pa + 0), a0h = _mm_loadu_pd(pa + 2);
-  __m128d const a1l = _mm_loadu_pd(pa + 4), a1h = _mm_loadu_pd(pa + 6);
-  __m128d const a2l = _mm_loadu_pd(pa + 8), a2h = _mm_loadu_pd(pa + 10);
-  __m128d const a3l = _mm_loadu_pd(pa + 12), a3h = _mm_loadu_pd(pa + 14);
+#if defined(__x86_64__) && !defined(__AVX__)
+  // Generic x86-64: the product kernel of the vector path chosen at run time (one column
+  // per AVX register where the processor has them), out of line; the same bits as below.
   Transformation r;
-  double* pr = r.data();
-  for (int c = 0; c < 4; ++c) {
-    __m128d const b0 = _mm_set1_pd(pb[4 * c + 0]);
-    __m128d const b1 = _mm_set1_pd(pb[4 * c + 1]);
-    __m128d const b2 = _mm_set1_pd(pb[4 * c + 2]);
-    __m128d const b3 = _mm_set1_pd(pb[4 * c + 3]);
-    __m128d const lo = _mm_add_pd(
-        _mm_add_pd(_mm_add_pd(_mm_mul_pd(a0l, b0), _mm_mul_pd(a1l, b1)), _mm_mul_pd(a2l, b2)),
-        _mm_mul_pd(a3l, b3));
-    __m128d const hi = _mm_add_pd(
-        _mm_add_pd(_mm_add_pd(_mm_mul_pd(a0h, b0), _mm_mul_pd(a1h, b1)), _mm_mul_pd(a2h, b2)),
-        _mm_mul_pd(a3h, b3));
-    _mm_storeu_pd(pr + 4 * c, lo);
-    _mm_storeu_pd(pr + 4 * c + 2, hi);
-  }
+  detail::transformation_product(a.data(), b.data(), r.data());
   return r;
 #else
-  // Elsewhere (and with AVX, where the compiler's own 256-bit code is the fastest measured)
-  // column c of the product is A times column c of B.
+  // Built for AVX or later (the compiler's own 256-bit code is the fastest measured there)
+  // and elsewhere: column c of the product is A times column c of B.
   return Transformation(a * b.x_axis, a * b.y_axis, a * b.z_axis, a * b.origin);
 #endif
 }
