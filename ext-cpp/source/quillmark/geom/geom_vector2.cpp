@@ -34,7 +34,9 @@ Vector2 Vector2::rotate(double angle) const noexcept {
   }
   double const s = std::sin(angle);
   double const c = std::cos(angle);
-  return Vector2(x * c - y * s, x * s + y * c);
+  // x c + (-y) s is x c - y s to the bit; written as a difference, g++ 12 turns the pair
+  // into one vfmaddsub for FMA targets despite -ffp-contract=off.
+  return Vector2(x * c + (-y) * s, x * s + y * c);
 }
 
 double Vector2::angle_between(Vector2 const& v) const noexcept {
