@@ -32,9 +32,9 @@ struct TransformJob {
 
 void transform_slice(unsigned long begin, unsigned long end, void* data) {
   auto* job = static_cast<TransformJob*>(data);
-  for (unsigned long i = begin; i < end; ++i) {
-    job->points[i] = job->transformation.transform_vector(job->points[i]);
-  }
+  // In place, with the widest vector unit this processor has: the same bits as
+  // transform_vector on each point.
+  job->transformation.transform_vectors(job->points + begin, job->points + begin, end - begin);
 }
 
 // One pool for the life of the process, started on first use. Only the interpreter's
