@@ -12,8 +12,13 @@
 // with the POSIX <regex.h> that GoogleTest includes. Sources that need encodings include
 // ruby_encoding_lib.h, in .cpp files only.
 
-#include <quillmark/version.h>
 #include <ruby.h>
+#include <ruby/version.h>
+
+// Every version test below reads this; undefined, it would silently count as 0.
+#ifndef RUBY_API_VERSION_CODE
+#error "ruby/version.h did not define RUBY_API_VERSION_CODE"
+#endif
 
 // Method functions for rb_define_method and its kin, of any arity. Up to 2.6 the
 // interpreter's headers declare that parameter as VALUE (*)(ANYARGS), which C++ accepts
