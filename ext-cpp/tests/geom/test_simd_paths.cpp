@@ -229,6 +229,12 @@ TEST(SimdPaths, ForcingFallsBackToWhatTheMachineHasAndSaysSo) {
   using Geom::detail::simd_path_supported;
   SimdPath const best = Geom::detail::simd_best_path();
   EXPECT_TRUE(simd_path_supported(best));
+#if defined(__x86_64__)
+  // The compiler's own reading of the processor and the system, as a second opinion.
+  EXPECT_EQ(best, __builtin_cpu_supports("avx512f") ? SimdPath::avx512
+                  : __builtin_cpu_supports("avx2")  ? SimdPath::avx2
+                                                    : SimdPath::sse2);
+#endif
   for (SimdPath path : kPaths) {
     SimdPath const used = Geom::detail::force_simd_path(path);
     EXPECT_EQ(used, simd_path());
